@@ -1,0 +1,18 @@
+// The transaction that Modify records into; the editor's transaction buffer provides it.
+#pragma once
+
+#include "HAL/Platform.h"
+
+class UObject;
+
+class ITransaction
+{
+public:
+	virtual ~ITransaction() = default;
+
+	// Records the object's state before its first change in this transaction; true when recorded.
+	virtual bool SaveObject(UObject* Object) = 0;
+};
+
+// The transaction that is open now, or null.
+extern COREUOBJECT_API ITransaction* GUndo;

@@ -1,0 +1,60 @@
+// UStruct and UClass: the reflected class of an object.
+#pragma once
+
+#include "UObject/Object.h"
+
+enum EClassFlags : uint32
+{
+	CLASS_None = 0x00000000u,
+	CLASS_Abstract = 0x00000001u,
+	CLASS_Transient = 0x00000008u,
+	CLASS_Native = 0x00000080u,
+	CLASS_MinimalAPI = 0x00080000u,
+	CLASS_Intrinsic = 0x10000000u,
+};
+ENUM_CLASS_FLAGS(EClassFlags);
+
+class UField : public UObject
+{
+public:
+	static COREUOBJECT_API UClass* StaticClass();
+};
+
+class UStruct : public UField
+{
+public:
+	static COREUOBJECT_API UClass* StaticClass();
+
+	[[nodiscard]] UStruct* GetSuperStruct() const { return SuperStruct; }
+
+	// True for this struct and everything derived from it; false for null.
+	[[nodiscard]] COREUOBJECT_API bool IsChildOf(const UStruct* SomeBase) const;
+
+	template <typename T>
+	[[nodiscard]] bool IsChildOf() const
+	{
+		return IsChildOf(T::StaticClass());
+	}
+
+protected:
+	UStruct* SuperStruct = nullptr;
+};
+
+class UClass : public UStruct
+{
+public:
+	static COREUOBJECT_API UClass* StaticClass();
+
+	using FConstructFunction = UObject* (*)();
+
+	[[nodiscard]] UClass* GetSuperClass() const { return (UClass*)SuperStruct; }
+	[[nodiscard]] bool HasAnyClassFlags(EClassFlags FlagsToCheck) const { return (ClassFlags & FlagsToCheck) != 0; }
+	[[nodiscard]] EClassFlags GetClassFlags() const { return ClassFlags; }
+	[[nodiscard]] FConstructFunction GetConstructFunction() const { return ConstructFunction; }
+
+private:
+	friend struct UE::Headless::Private::FObjectAccess;
+
+	EClassFlags ClassFlags = CLASS_None;
+	FConstructFunction ConstructFunction = nullptr;
+};

@@ -1,0 +1,60 @@
+// Harness-only: the host's Lua sessions and a view into its registrar.
+#pragma once
+
+#include "CorvaneExtensionRegistrar.h"
+#include "LuaSessionData.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace sol
+{
+	class state;
+}
+
+namespace UE::Headless
+{
+	struct FRegisteredBinding
+	{
+		FString ExtensionId;
+		FString BindingName;
+		TArray<FLuaFunctionDoc> Docs;
+		FCorvaneLuaBinder Binder;
+	};
+
+	struct CORVANEAI_API FCorvaneRegistrarAccess
+	{
+		static const TArray<FCorvaneExtensionDescriptor>& GetExtensions();
+		static TArray<FRegisteredBinding> GetBindings();
+	};
+
+	struct CORVANEAI_API FLuaSessionAccess
+	{
+		static const TArray<FString>& GetLogLines(const FLuaSessionData& Session);
+		static void SetLogListener(FLuaSessionData& Session, std::function<void(const FString&)> Listener);
+	};
+
+	// One Lua 5.4 session of the host: standard libraries open, every registered binder called once.
+	class CORVANEAI_API FCorvaneLuaSession
+	{
+	public:
+		// Binders run inside a protected call; a binder's Lua error is reported through GetBinderErrors.
+		FCorvaneLuaSession();
+		~FCorvaneLuaSession();
+		FCorvaneLuaSession(const FCorvaneLuaSession&) = delete;
+		FCorvaneLuaSession& operator=(const FCorvaneLuaSession&) = delete;
+
+		sol::state& GetLua();
+		FLuaSessionData& GetSessionData();
+		const TArray<FString>& GetBinderErrors() const;
+
+		// Runs a chunk to its end (true) or to its first error (false, with the message and a traceback).
+		bool RunFile(const std::string& Path, std::string& OutError);
+		bool RunString(const std::string& Code, const std::string& ChunkName, std::string& OutError);
+
+	private:
+		struct FImpl;
+		std::unique_ptr<FImpl> Impl;
+	};
+}

@@ -1,0 +1,47 @@
+#include "Engine/Texture2D.h"
+#include "Headless/ObjectRegistry.h"
+#include "Serialization/Archive.h"
+#include "Materials/Material.h"
+#include "Materials/MaterialInstanceConstant.h"
+#include "Templates/Casts.h"
+#include "UObject/UObjectGlobals.h"
+
+IMPLEMENT_HEADLESS_CLASS(UMaterialInterface, "MaterialInterface", "/Script/Engine", CLASS_Abstract)
+IMPLEMENT_HEADLESS_CLASS(UMaterial, "Material", "/Script/Engine", CLASS_None)
+IMPLEMENT_HEADLESS_CLASS(UMaterialInstance, "MaterialInstance", "/Script/Engine", CLASS_Abstract)
+IMPLEMENT_HEADLESS_CLASS(UMaterialInstanceConstant, "MaterialInstanceConstant", "/Script/Engine", CLASS_None)
+IMPLEMENT_HEADLESS_CLASS(UTexture, "Texture", "/Script/Engine", CLASS_Abstract)
+IMPLEMENT_HEADLESS_CLASS(UTexture2D, "Texture2D", "/Script/Engine", CLASS_None)
+
+UMaterial* UMaterialInstance::GetMaterial()
+{
+	// A cycle of parents would never end: stop after a chain longer than any real one.
+	UMaterialInterface* Current = Parent.Get();
+	for (int32 Depth = 0; Current && Depth < 64; ++Depth)
+	{
+		if (UMaterial* Material = Cast<UMaterial>(Current))
+		{
+			return Material;
+		}
+		UMaterialInstance* Instance = Cast<UMaterialInstance>(Current);
+		Current = Instance ? Instance->Parent.Get() : nullptr;
+	}
+	return nullptr;
+}
+
+void UMaterialInstance::Serialize(FArchive& Ar)
+{
+	Super::Serialize(Ar);
+	FString ParentPath = Ar.IsSaving() && Parent ? Parent->GetPathName() : FString();
+	Ar << ParentPath;
+	if (Ar.IsLoading())
+	{
+		Parent = ParentPath.IsEmpty() ? nullptr : Cast<UMaterialInterface>(StaticFindObject(UMaterialInterface::StaticClass(), nullptr, ParentPath));
+	}
+}
+
+void UTexture2D::Serialize(FArchive& Ar)
+{
+	Super::Serialize(Ar);
+	Ar << SizeX << SizeY;
+}

@@ -1,0 +1,16 @@
+#include "HAL/IConsoleManager.h"
+#include "RenderUtils.h"
+
+static TAutoConsoleVariable<int32> CVarNaniteFoliage(TEXT("r.Nanite.Foliage"), 0, TEXT("Whether to enable support for Nanite Foliage"),
+	ECVF_ReadOnly | ECVF_RenderThreadSafe);
+
+static TAutoConsoleVariable<int32> CVarNaniteAllowAssemblies(TEXT("r.Nanite.AllowAssemblies"), 0, TEXT("Whether to enable support for Nanite Assemblies"),
+	ECVF_ReadOnly | ECVF_RenderThreadSafe);
+
+static TAutoConsoleVariable<int32> CVarNaniteForceEnableMeshes(TEXT("r.Nanite.ForceEnableMeshes"), 0,
+	TEXT("Force enables all static meshes to also build Nanite data."), ECVF_ReadOnly | ECVF_RenderThreadSafe);
+
+bool NaniteAssembliesSupported()
+{
+	return CVarNaniteFoliage.GetValueOnAnyThread() != 0 || CVarNaniteAllowAssemblies.GetValueOnAnyThread() != 0;
+}

@@ -1,0 +1,53 @@
+// Harness-only: the source geometry of a static mesh (its LOD 0 mesh description, reduced to what the
+// compile step and the assembly builder use).
+#pragma once
+
+#include "Containers/Array.h"
+#include "Math/Vector.h"
+#include "Serialization/Archive.h"
+#include "UObject/NameTypes.h"
+
+class UStaticMesh;
+
+namespace UE::Headless
+{
+	struct FMeshTriangle
+	{
+		int32 VertexIndices[3] = { 0, 0, 0 };
+		int32 PolygonGroup = 0;
+
+		[[nodiscard]] bool IsDegenerate(const TArray<FVector3f>& Positions) const;
+	};
+
+	struct FStaticMeshGeometry
+	{
+		// Source models (LODs) of the mesh; a mesh without any cannot be built and has no render data.
+		int32 NumSourceModels = 0;
+		bool bHasMeshDescription = false;
+		TArray<FVector3f> Positions;
+		TArray<FMeshTriangle> Triangles;
+		// One entry per polygon group: the imported material slot name that the group was made for.
+		TArray<FName> PolygonGroupSlotNames;
+		// LOD 0 sections, one per polygon group: the material slot each section draws with.
+		TArray<int32> SectionMaterialIndices;
+
+		[[nodiscard]] int32 CountRealTriangles() const;
+	};
+
+	ENGINE_API FArchive& operator<<(FArchive& Ar, FMeshTriangle& Triangle);
+	ENGINE_API FArchive& operator<<(FArchive& Ar, FStaticMeshGeometry& Geometry);
+
+	ENGINE_API FStaticMeshGeometry& GetMeshGeometry(UStaticMesh& Mesh);
+	ENGINE_API const FStaticMeshGeometry& GetMeshGeometry(const UStaticMesh& Mesh);
+
+	// The engine's basic shapes at their sizes (100 units across), with one polygon group for SlotName.
+	enum class EBasicShape
+	{
+		Cube,
+		Sphere,
+		Cylinder,
+		Cone,
+		Plane,
+	};
+	ENGINE_API FStaticMeshGeometry MakeBasicShapeGeometry(EBasicShape Shape, FName SlotName);
+}

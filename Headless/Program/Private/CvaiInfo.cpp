@@ -1,0 +1,233 @@
+#include "CvaiCommands.h"
+
+#include "Headless/EngineLog.h"
+#include "Headless/HeadlessEditor.h"
+#include "Headless/StringUtils.h"
+
+#include <nlohmann/json.hpp>
+#include <sol/sol.hpp>
+
+#include <algorithm>
+#include <cstdio>
+#include <string>
+#include <vector>
+
+namespace UE::Headless::Cvai
+{
+	namespace
+	{
+		using FJson = nlohmann::ordered_json;
+
+		// Keys of the readback in the order the verb writes them; any other key follows in name order.
+		const std::vector<std::string> KeyOrder = { "ok", "asset", "object_path", "nanite_enabled", "nanite_settings_enabled", "is_assembly",
+			"assembly_data_valid", "part_count", "node_count", "material_slot_count", "parts", "nodes", "nodes_truncated", "compiling",
+			"render_data_available", "valid_nanite_data", "assemblies_supported", "index", "part", "part_index", "mesh", "location", "rotation", "scale",
+			"transform_space", "material_remap", "pitch", "yaw", "roll", "x", "y", "z" };
+
+		FJson ToJson(lua_State* L, int Index)
+		{
+			Index = lua_absindex(L, Index);
+			switch (lua_type(L, Index))
+			{
+			case LUA_TBOOLEAN:
+				return FJson(lua_toboolean(L, Index) != 0);
+			case LUA_TNUMBER:
+				return lua_isinteger(L, Index) ? FJson((long long)lua_tointeger(L, Index)) : FJson((double)lua_tonumber(L, Index));
+			case LUA_TSTRING:
+				return FJson(std::string(lua_tostring(L, Index)));
+			case LUA_TTABLE:
+				break;
+			default:
+				return FJson(nullptr);
+			}
+			std::vector<std::string> Keys;
+			bool bSequence = true;
+			lua_Integer Count = 0;
+			lua_pushnil(L);
+			while (lua_next(L, Index) != 0)
+			{
+				if (lua_type(L, -2) == LUA_TSTRING)
+				{
+					Keys.push_back(lua_tostring(L, -2));
+					bSequence = false;
+				}
+				else
+				{
+					++Count;
+				}
+				lua_pop(L, 1);
+			}
+			if (bSequence)
+			{
+				FJson Array = FJson::array();
+				for (lua_Integer Position = 1; Position <= Count; ++Position)
+				{
+					lua_rawgeti(L, Index, Position);
+					Array.push_back(ToJson(L, -1));
+					lua_pop(L, 1);
+				}
+				return Array;
+			}
+			std::sort(Keys.begin(), Keys.end(), [](const std::string& A, const std::string& B)
+			{
+				const auto RankA = std::find(KeyOrder.begin(), KeyOrder.end(), A) - KeyOrder.begin();
+				const auto RankB = std::find(KeyOrder.begin(), KeyOrder.end(), B) - KeyOrder.begin();
+				return RankA != RankB ? RankA < RankB : A < B;
+			});
+			FJson Object = FJson::object();
+			for (const std::string& Key : Keys)
+			{
+				lua_getfield(L, Index, Key.c_str());
+				Object[Key] = ToJson(L, -1);
+				lua_pop(L, 1);
+			}
+			return Object;
+		}
+
+		std::string Number(const FJson& Value)
+		{
+			char Buffer[64];
+			std::snprintf(Buffer, sizeof(Buffer), "%g", Value.get<double>());
+			return Buffer;
+		}
+
+		std::string Triple(const FJson& Value, const char* A, const char* B, const char* C)
+		{
+			return "(" + Number(Value[A]) + ", " + Number(Value[B]) + ", " + Number(Value[C]) + ")";
+		}
+
+		const char* YesNo(const FJson& Value)
+		{
+			return Value.get<bool>() ? "yes" : "no";
+		}
+
+		void PrintSummary(const FJson& Result)
+		{
+			std::printf("%s\n", Result["object_path"].get<std::string>().c_str());
+			std::printf("  Nanite enabled: %s (stored setting: %s)   assembly: %s   assembly data valid: %s\n", YesNo(Result["nanite_enabled"]),
+				YesNo(Result["nanite_settings_enabled"]), YesNo(Result["is_assembly"]), YesNo(Result["assembly_data_valid"]));
+			std::printf("  parts: %lld   nodes: %lld   material slots: %lld\n", Result["part_count"].get<long long>(), Result["node_count"].get<long long>(),
+				Result["material_slot_count"].get<long long>());
+			for (const FJson& Part : Result["parts"])
+			{
+				std::string Remap;
+				for (const FJson& Entry : Part["material_remap"])
+				{
+					Remap += (Remap.empty() ? "" : ", ") + std::to_string(Entry.get<long long>());
+				}
+				std::printf("  part %lld: %s   nodes: %lld   material remap: [%s]\n", Part["index"].get<long long>() + 1, Part["mesh"].get<std::string>().c_str(),
+					Part["node_count"].get<long long>(), Remap.c_str());
+			}
+			const FJson& Nodes = Result["nodes"];
+			if (!Nodes.empty())
+			{
+				std::printf("  nodes%s:\n", Result["nodes_truncated"].get<bool>() ? " (the first 256)" : "");
+			}
+			for (size_t Index = 0; Index < Nodes.size(); ++Index)
+			{
+				const FJson& Node = Nodes[Index];
+				std::printf("    %zu: part %lld   location %s   rotation %s   scale %s   %s\n", Index + 1, Node["part"].get<long long>(),
+					Triple(Node["location"], "x", "y", "z").c_str(), Triple(Node["rotation"], "pitch", "yaw", "roll").c_str(),
+					Triple(Node["scale"], "x", "y", "z").c_str(), Node["transform_space"].get<std::string>().c_str());
+			}
+			std::printf("  render data: %s   valid Nanite data: %s   compiling: %s   assemblies supported: %s\n", YesNo(Result["render_data_available"]),
+				YesNo(Result["valid_nanite_data"]), YesNo(Result["compiling"]), YesNo(Result["assemblies_supported"]));
+		}
+	}
+
+	int RunInfoCommand(const FArguments& Arguments)
+	{
+		std::string Path;
+		bool bHavePath = false;
+		bool bJson = false;
+		FEditorOptions Options;
+		for (size_t Index = 0; Index < Arguments.size(); ++Index)
+		{
+			const std::string& Argument = Arguments[Index];
+			if (Argument == "--project")
+			{
+				if (Index + 1 >= Arguments.size())
+				{
+					return UsageError("--project needs a value", "info");
+				}
+				Options.ProjectDir = Arguments[++Index];
+			}
+			else if (Argument == "--json")
+			{
+				bJson = true;
+			}
+			else if (Argument == "--verbose")
+			{
+				Options.bVerbose = true;
+			}
+			else if (Argument.rfind("--", 0) == 0)
+			{
+				return UsageError("unknown option '" + Argument + "'", "info");
+			}
+			else if (!bHavePath)
+			{
+				Path = Argument;
+				bHavePath = true;
+			}
+			else
+			{
+				return UsageError("info takes one path", "info");
+			}
+		}
+		if (!bHavePath)
+		{
+			return UsageError("info needs the path of a static mesh", "info");
+		}
+
+		FProjectInfo Project;
+		FString Error;
+		if (!FindProject(FromUtf8(Options.ProjectDir), Project, Error))
+		{
+			return UsageError(ToUtf8(Error), "info");
+		}
+		RouteEngineLog(ToUtf8(Project.ProjectDir), Options.bVerbose);
+		FHeadlessEditor Editor;
+		if (!Editor.Start(Project.ProjectDir, Error))
+		{
+			std::fprintf(stderr, "cvai: %s\n", ToUtf8(Error).c_str());
+			return ExitFailure;
+		}
+
+		int Exit = ExitOk;
+		{
+			std::unique_ptr<FCorvaneLuaSession> Session = Editor.CreateSession();
+			lua_State* L = Session->GetLua().lua_state();
+			lua_getglobal(L, "nanite_assembly_info");
+			lua_pushlstring(L, Path.data(), Path.size());
+			if (lua_pcall(L, 1, 1, 0) != LUA_OK)
+			{
+				std::fprintf(stderr, "cvai: %s\n", lua_tostring(L, -1));
+				Exit = ExitFailure;
+			}
+			else
+			{
+				const FJson Result = ToJson(L, -1);
+				if (bJson)
+				{
+					std::printf("%s\n", Result.dump(2).c_str());
+				}
+				else if (Result.value("ok", false))
+				{
+					PrintSummary(Result);
+				}
+				if (!Result.value("ok", false))
+				{
+					if (!bJson)
+					{
+						std::fprintf(stderr, "cvai: %s\n", Result.value("error", std::string()).c_str());
+					}
+					Exit = ExitFailure;
+				}
+			}
+			lua_settop(L, 0);
+		}
+		Editor.Stop();
+		SetEngineLogListener(nullptr);
+		return Exit;
+	}
+}

@@ -1,0 +1,159 @@
+#include "AssetRegistry/IAssetRegistry.h"
+
+#include "AssetRegistryState.h"
+#include "Headless/PackageFiles.h"
+#include "Headless/StringUtils.h"
+#include "Logging/LogMacros.h"
+#include "Misc/PackageName.h"
+#include "UObject/Package.h"
+#include "UObject/UObjectGlobals.h"
+
+#include <nlohmann/json.hpp>
+
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <sstream>
+
+DEFINE_LOG_CATEGORY_STATIC(LogAssetRegistry, Log, All);
+
+namespace
+{
+	struct FOnDiskAsset
+	{
+		FString Name;
+		FString ClassName;
+	};
+
+	// The registry reads a package file's table of objects the first time it is asked about it, and again
+	// whenever the file changes.
+	class FHeadlessAssetRegistry final : public IAssetRegistry
+	{
+	public:
+		FAssetData GetAssetByObjectPath(const FSoftObjectPath& ObjectPath, bool bIncludeOnlyOnDiskAssets, bool bSkipARFilteredAssets) const override
+		{
+			if (ObjectPath.IsNull())
+			{
+				return FAssetData();
+			}
+			if (!bIncludeOnlyOnDiskAssets)
+			{
+				if (UObject* InMemory = StaticFindObject(UObject::StaticClass(), nullptr, ObjectPath.ToString()))
+				{
+					const UPackage* Package = InMemory->GetOutermost();
+					const bool bFiltered = bSkipARFilteredAssets && Package && Package->HasAnyPackageFlags(PKG_ContainsNoAsset);
+					return bFiltered ? FAssetData() : FAssetData(InMemory);
+				}
+			}
+			const FString PackageName = ObjectPath.GetLongPackageName();
+			FString Filename;
+			if (!FPackageName::IsValidLongPackageName(PackageName, true) || !FPackageName::DoesPackageExist(PackageName, &Filename))
+			{
+				return FAssetData();
+			}
+			for (const FOnDiskAsset& Asset : ReadTable(Filename))
+			{
+				if (Asset.Name.Equals(ObjectPath.GetAssetName(), ESearchCase::IgnoreCase))
+				{
+					int32 Slash = INDEX_NONE;
+					PackageName.FindLastChar(TEXT('/'), Slash);
+					return FAssetData(FName(PackageName), FName(PackageName.Left(Slash)), FName(Asset.Name),
+						FTopLevelAssetPath(FName(TEXT("/Script/Engine")), FName(Asset.ClassName)));
+				}
+			}
+			return FAssetData();
+		}
+
+		void AssetCreated(UObject* NewAsset) override
+		{
+			if (!ensure(NewAsset && NewAsset->IsAsset()))
+			{
+				UE_LOG(LogAssetRegistry, Warning, TEXT("AssetCreated was given an object that is not an asset."));
+				return;
+			}
+			if (UPackage* Package = NewAsset->GetOutermost())
+			{
+				Package->SetPackageFlags(PKG_NewlyCreated);
+			}
+		}
+
+		void Forget(const FString& PackageName)
+		{
+			FString Filename;
+			if (FPackageName::DoesPackageExist(PackageName, &Filename))
+			{
+				Tables.erase(UE::Headless::ToUtf8(Filename));
+			}
+		}
+
+	private:
+		const std::vector<FOnDiskAsset>& ReadTable(const FString& Filename) const
+		{
+			namespace fs = std::filesystem;
+			const std::string Key = UE::Headless::ToUtf8(Filename);
+			std::error_code Error;
+			const fs::file_time_type Stamp = fs::last_write_time(Key, Error);
+			auto Found = Tables.find(Key);
+			if (Found != Tables.end() && Found->second.first == Stamp)
+			{
+				return Found->second.second;
+			}
+			std::vector<FOnDiskAsset> Assets;
+			std::ifstream In(Key, std::ios::binary);
+			std::stringstream Buffer;
+			Buffer << In.rdbuf();
+			const nlohmann::json Document = nlohmann::json::parse(Buffer.str(), nullptr, false);
+			if (!Document.is_discarded() && Document.is_object() && Document.contains("objects") && Document["objects"].is_array())
+			{
+				for (const nlohmann::json& Entry : Document["objects"])
+				{
+					const bool bTopLevel = !Entry.contains("outer") || (Entry["outer"].is_string() && Entry["outer"].get<std::string>().empty());
+					if (Entry.is_object() && bTopLevel && Entry.contains("name") && Entry["name"].is_string() && Entry.contains("class") && Entry["class"].is_string())
+					{
+						Assets.push_back(FOnDiskAsset{ UE::Headless::FromUtf8(Entry["name"].get<std::string>()), UE::Headless::FromUtf8(Entry["class"].get<std::string>()) });
+					}
+				}
+			}
+			return (Tables[Key] = { Stamp, std::move(Assets) }).second;
+		}
+
+		mutable std::map<std::string, std::pair<std::filesystem::file_time_type, std::vector<FOnDiskAsset>>> Tables;
+	};
+
+	FHeadlessAssetRegistry& Registry()
+	{
+		static FHeadlessAssetRegistry Instance;
+		return Instance;
+	}
+
+	bool& RegistryAvailable()
+	{
+		static bool bAvailable = true;
+		return bAvailable;
+	}
+}
+
+IAssetRegistry* IAssetRegistry::Get()
+{
+	return RegistryAvailable() ? &Registry() : nullptr;
+}
+
+IAssetRegistry& IAssetRegistry::GetChecked()
+{
+	IAssetRegistry* Instance = Get();
+	check(Instance);
+	return *Instance;
+}
+
+namespace UE::Headless
+{
+	void NotePackageOnDisk(const FString& PackageName)
+	{
+		Registry().Forget(PackageName);
+	}
+
+	void SetAssetRegistryAvailable(bool bAvailable)
+	{
+		RegistryAvailable() = bAvailable;
+	}
+}

@@ -1,0 +1,119 @@
+#include "Headless/EditorRuntime.h"
+
+#include "Editor.h"
+#include "Headless/Faults.h"
+#include "StaticMeshCompiler.h"
+#include "UObject/Package.h"
+#include "UObject/UObjectGlobals.h"
+
+namespace
+{
+	struct FRuntimeState
+	{
+		TArray<UE::Headless::FSavedPackageNotification> SavedPackages;
+		UEditorEngine* StashedEditor = nullptr;
+		bool bListening = false;
+	};
+
+	FRuntimeState& State()
+	{
+		static FRuntimeState Runtime;
+		return Runtime;
+	}
+}
+
+namespace UE::Headless
+{
+	void StartEditorRuntime()
+	{
+		FRuntimeState& Runtime = State();
+		ClearFaults();
+		Runtime.SavedPackages.Reset();
+		Runtime.StashedEditor = nullptr;
+		SetAssetRegistryAvailable(true);
+
+		GEditor = NewObject<UEditorEngine>(GetTransientPackage(), NAME_None, RF_Transient);
+		GEditor->AddToRoot();
+		GEditor->Trans = NewObject<UTransBuffer>(GEditor, NAME_None, RF_Transient);
+		GEditor->Trans->AddToRoot();
+
+		if (!Runtime.bListening)
+		{
+			Runtime.bListening = true;
+			UPackage::PackageSavedWithContextEvent.AddLambda([](const FString& Filename, UPackage* Package, FObjectPostSaveContext)
+			{
+				State().SavedPackages.Add(FSavedPackageNotification{ Package ? Package->GetName() : FString(), Filename, GetTransactionDepth() });
+			});
+		}
+	}
+
+	void StopEditorRuntime()
+	{
+		FStaticMeshCompilingManager::Get().FinishAllCompilation();
+		FRuntimeState& Runtime = State();
+		UEditorEngine* Editor = GEditor ? GEditor : Runtime.StashedEditor;
+		if (Editor)
+		{
+			Editor->RemoveFromRoot();
+			if (Editor->Trans)
+			{
+				Editor->Trans->RemoveFromRoot();
+			}
+		}
+		GEditor = nullptr;
+		Runtime.StashedEditor = nullptr;
+	}
+
+	void TickEditor()
+	{
+		if (GEditor)
+		{
+			GEditor->Tick(0.0f, false);
+		}
+		else
+		{
+			FStaticMeshCompilingManager::Get().ProcessAsyncTasks(true);
+		}
+	}
+
+	void SetEditorAvailable(bool bAvailable)
+	{
+		FRuntimeState& Runtime = State();
+		if (!bAvailable && GEditor)
+		{
+			Runtime.StashedEditor = GEditor;
+			GEditor = nullptr;
+		}
+		else if (bAvailable && !GEditor && Runtime.StashedEditor)
+		{
+			GEditor = Runtime.StashedEditor;
+			Runtime.StashedEditor = nullptr;
+		}
+	}
+
+	const TArray<FSavedPackageNotification>& GetSavedPackageNotifications()
+	{
+		return State().SavedPackages;
+	}
+
+	int32 GetTransactionDepth()
+	{
+		UEditorEngine* Editor = GEditor ? GEditor : State().StashedEditor;
+		return Editor && Editor->Trans ? Editor->Trans->GetActiveCount() : 0;
+	}
+
+	TArray<FString> GetUndoHistory()
+	{
+		TArray<FString> Titles;
+		UEditorEngine* Editor = GEditor ? GEditor : State().StashedEditor;
+		if (Editor && Editor->Trans)
+		{
+			const int32 Undoable = Editor->Trans->GetQueueLength() - Editor->Trans->GetUndoCount() - (Editor->Trans->IsActive() ? 1 : 0);
+			for (int32 Index = 0; Index < Undoable; ++Index)
+			{
+				Titles.Add(Editor->Trans->GetTransactionTitle(Index).ToString());
+			}
+		}
+		return Titles;
+	}
+}

@@ -1,0 +1,179 @@
+#include "Editor/TransBuffer.h"
+
+#include "CoreGlobals.h"
+#include "HeadlessTransaction.h"
+#include "Headless/ObjectRegistry.h"
+#include "Logging/LogMacros.h"
+#include "Misc/ITransaction.h"
+
+DEFINE_LOG_CATEGORY_STATIC(LogEditorTransaction, Log, All);
+
+IMPLEMENT_HEADLESS_CLASS(UTransactor, "Transactor", "/Script/UnrealEd", CLASS_Abstract)
+IMPLEMENT_HEADLESS_CLASS(UTransBuffer, "TransBuffer", "/Script/UnrealEd", CLASS_None)
+
+UTransBuffer::UTransBuffer() = default;
+
+UTransBuffer::~UTransBuffer()
+{
+	for (FHeadlessTransaction* Transaction : UndoBuffer)
+	{
+		delete Transaction;
+	}
+	for (FHeadlessTransaction* Transaction : RemovedTransactions)
+	{
+		delete Transaction;
+	}
+}
+
+int32 UTransBuffer::Begin(const TCHAR* SessionContext, const FText& Description)
+{
+	const int32 Result = ActiveCount;
+	if (ActiveCount++ == 0)
+	{
+		// The steps past the undo position can no longer be redone once a new transaction commits; they
+		// wait aside in case this one records nothing.
+		for (FHeadlessTransaction* Transaction : RemovedTransactions)
+		{
+			delete Transaction;
+		}
+		RemovedTransactions.Reset();
+		for (int32 Index = UndoBuffer.Num() - UndoCount; Index < UndoBuffer.Num(); ++Index)
+		{
+			RemovedTransactions.Add(UndoBuffer[Index]);
+		}
+		UndoBuffer.SetNum(UndoBuffer.Num() - UndoCount);
+		PreviousUndoCount = UndoCount;
+		UndoCount = 0;
+		UndoBuffer.Add(new FHeadlessTransaction(SessionContext, Description));
+		GUndo = UndoBuffer.Last();
+	}
+	return Result;
+}
+
+int32 UTransBuffer::End()
+{
+	const int32 Result = ActiveCount;
+	if (ActiveCount >= 1 && --ActiveCount == 0)
+	{
+		FHeadlessTransaction* Transaction = UndoBuffer.Last();
+		if (Transaction->IsTransient())
+		{
+			UndoBuffer.Pop();
+			delete Transaction;
+			UndoBuffer.Append(RemovedTransactions);
+			RemovedTransactions.Reset();
+			UndoCount = PreviousUndoCount;
+		}
+		else
+		{
+			for (FHeadlessTransaction* Removed : RemovedTransactions)
+			{
+				delete Removed;
+			}
+			RemovedTransactions.Reset();
+		}
+		GUndo = nullptr;
+	}
+	return Result;
+}
+
+void UTransBuffer::Cancel(int32 StartIndex)
+{
+	if (ActiveCount <= 0)
+	{
+		return;
+	}
+	FHeadlessTransaction* Transaction = UndoBuffer.Last();
+	if (StartIndex != 0)
+	{
+		UE_LOG(LogEditorTransaction, Warning, TEXT("Canceling transaction partially is unsupported. Canceling %s entirely."), *Transaction->GetTitle().ToString());
+	}
+	UndoBuffer.Pop();
+	delete Transaction;
+	UndoBuffer.Append(RemovedTransactions);
+	RemovedTransactions.Reset();
+	UndoCount = PreviousUndoCount;
+	ActiveCount = 0;
+	GUndo = nullptr;
+}
+
+bool UTransBuffer::CanUndo(FText* Text) const
+{
+	if (ActiveCount > 0)
+	{
+		if (Text)
+		{
+			*Text = FText::FromString(FString::Printf(TEXT("(Can't undo while '%s' is in progress)"), *GetOpenTransactionTitle().ToString()));
+		}
+		return false;
+	}
+	if (UndoBuffer.Num() == UndoCount)
+	{
+		if (Text)
+		{
+			*Text = FText::FromString(TEXT("(Nothing to undo)"));
+		}
+		return false;
+	}
+	return true;
+}
+
+bool UTransBuffer::CanRedo(FText* Text) const
+{
+	if (ActiveCount > 0 || UndoCount == 0)
+	{
+		if (Text)
+		{
+			*Text = FText::FromString(TEXT("(Nothing to redo)"));
+		}
+		return false;
+	}
+	return true;
+}
+
+bool UTransBuffer::Undo(bool bCanRedo)
+{
+	if (!CanUndo())
+	{
+		return false;
+	}
+	++UndoCount;
+	FHeadlessTransaction* Transaction = UndoBuffer[UndoBuffer.Num() - UndoCount];
+	GIsTransacting = true;
+	Transaction->Apply();
+	GIsTransacting = false;
+	if (!bCanRedo)
+	{
+		for (int32 Index = UndoBuffer.Num() - UndoCount; Index < UndoBuffer.Num(); ++Index)
+		{
+			delete UndoBuffer[Index];
+		}
+		UndoBuffer.SetNum(UndoBuffer.Num() - UndoCount);
+		UndoCount = 0;
+	}
+	return true;
+}
+
+bool UTransBuffer::Redo()
+{
+	if (!CanRedo())
+	{
+		return false;
+	}
+	FHeadlessTransaction* Transaction = UndoBuffer[UndoBuffer.Num() - UndoCount];
+	--UndoCount;
+	GIsTransacting = true;
+	Transaction->Apply();
+	GIsTransacting = false;
+	return true;
+}
+
+FText UTransBuffer::GetTransactionTitle(int32 Index) const
+{
+	return UndoBuffer.IsValidIndex(Index) ? UndoBuffer[Index]->GetTitle() : FText();
+}
+
+FText UTransBuffer::GetOpenTransactionTitle() const
+{
+	return ActiveCount > 0 ? UndoBuffer.Last()->GetTitle() : FText();
+}

@@ -1,0 +1,37 @@
+// Harness-only: starting and stopping the editor, its tick, and what a test needs to observe of it.
+#pragma once
+
+#include "Containers/UnrealString.h"
+
+namespace UE::Headless
+{
+	// Creates GEditor with an empty undo buffer and makes the asset registry available.
+	UNREALED_API void StartEditorRuntime();
+	// Finishes pending builds and removes GEditor.
+	UNREALED_API void StopEditorRuntime();
+
+	// One editor tick.
+	UNREALED_API void TickEditor();
+
+	// Takes GEditor away (or gives it back) for a run, as a build without an editor would see it.
+	UNREALED_API void SetEditorAvailable(bool bAvailable);
+	// Makes IAssetRegistry::Get() answer null (or the registry again).
+	UNREALED_API void SetAssetRegistryAvailable(bool bAvailable);
+
+	struct FSavedPackageNotification
+	{
+		FString PackageName;
+		FString Filename;
+		// Transactions open when the notification fired.
+		int32 TransactionDepth = 0;
+	};
+
+	// Every package-saved notification since the runtime started, in order.
+	UNREALED_API const TArray<FSavedPackageNotification>& GetSavedPackageNotifications();
+
+	// Open transactions now (nested ones count).
+	UNREALED_API int32 GetTransactionDepth();
+
+	// The titles of the transactions that Undo would take back, oldest first.
+	UNREALED_API TArray<FString> GetUndoHistory();
+}
