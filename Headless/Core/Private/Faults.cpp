@@ -6,9 +6,15 @@
 
 namespace
 {
-	std::map<std::u16string, std::deque<FString>>& ArmedFaults()
+	struct FArmedFault
 	{
-		static std::map<std::u16string, std::deque<FString>> Faults;
+		FString Reason;
+		int32 SkippedCalls = 0;
+	};
+
+	std::map<std::u16string, std::deque<FArmedFault>>& ArmedFaults()
+	{
+		static std::map<std::u16string, std::deque<FArmedFault>> Faults;
 		return Faults;
 	}
 
@@ -35,13 +41,13 @@ namespace UE::Headless
 		return Operations;
 	}
 
-	bool FailNext(const FString& Operation, const FString& Reason)
+	bool FailNext(const FString& Operation, const FString& Reason, int32 SkippedCalls)
 	{
 		if (!GetFaultableOperations().ContainsByPredicate([&Operation](const FString& Known) { return Known.Equals(Operation); }))
 		{
 			return false;
 		}
-		ArmedFaults()[Key(*Operation)].push_back(Reason);
+		ArmedFaults()[Key(*Operation)].push_back(FArmedFault{ Reason, SkippedCalls < 0 ? 0 : SkippedCalls });
 		return true;
 	}
 
@@ -52,9 +58,15 @@ namespace UE::Headless
 		{
 			return false;
 		}
+		FArmedFault& Next = Found->second.front();
+		if (Next.SkippedCalls > 0)
+		{
+			--Next.SkippedCalls;
+			return false;
+		}
 		if (OutReason)
 		{
-			*OutReason = Found->second.front();
+			*OutReason = Next.Reason;
 		}
 		Found->second.pop_front();
 		return true;

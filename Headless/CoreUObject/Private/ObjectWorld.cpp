@@ -59,6 +59,31 @@ namespace UE::Headless::Private
 		return nullptr;
 	}
 
+	void FObjectWorld::DropUnrootedObjects()
+	{
+		std::vector<UObject*> Kept;
+		for (UObject* Object : Objects)
+		{
+			const UPackage* Package = Object->GetOutermost();
+			const bool bKeep = Object->IsRooted() || (Package && Package->HasAnyPackageFlags(PKG_CompiledIn));
+			if (bKeep)
+			{
+				Kept.push_back(Object);
+			}
+			else
+			{
+				Object->ClearFlags(RF_Public | RF_Standalone);
+				Object->MarkAsGarbage();
+			}
+		}
+		Objects = std::move(Kept);
+		ByPath.clear();
+		for (UObject* Object : Objects)
+		{
+			ByPath[MakeKey(Object->GetPathName())].push_back(Object);
+		}
+	}
+
 	void FObjectAccess::Initialize(UObjectBase& Object, UClass* Class, FName Name, UObject* Outer, EObjectFlags Flags)
 	{
 		Object.ClassPrivate = Class;
@@ -173,6 +198,11 @@ namespace UE::Headless
 		UClass* Class = MakeClass(UClass::StaticClass(), ClassName, Package, SuperClass, Construct, Flags);
 		FObjectWorld::Get().Add(Class);
 		return Class;
+	}
+
+	void ResetObjectWorld()
+	{
+		Private::FObjectWorld::Get().DropUnrootedObjects();
 	}
 
 	UObject* FindObjectIncludingGarbage(FStringView PathName)

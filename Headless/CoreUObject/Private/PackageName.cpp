@@ -221,6 +221,35 @@ bool FPackageName::TryConvertLongPackageNameToFilename(FStringView InLongPackage
 	return true;
 }
 
+bool FPackageName::TryConvertFilenameToLongPackageName(const FString& InFilename, FString& OutPackageName, FString* OutFailureReason)
+{
+	const FString Full = FPaths::ConvertRelativePathToFull(InFilename);
+	const FMountPoint* Best = nullptr;
+	for (const FMountPoint& Point : MountPoints())
+	{
+		const FString Content = FPaths::ConvertRelativePathToFull(Point.ContentPath);
+		if (Full.StartsWith(Content, ESearchCase::CaseSensitive) && (!Best || Point.ContentPath.Len() > Best->ContentPath.Len()))
+		{
+			Best = &Point;
+		}
+	}
+	if (!Best)
+	{
+		if (OutFailureReason)
+		{
+			*OutFailureReason = FString::Printf(TEXT("'%s' is not under any mounted content folder"), *InFilename);
+		}
+		return false;
+	}
+	FString Relative = Full.RightChop(FPaths::ConvertRelativePathToFull(Best->ContentPath).Len());
+	if (Relative.EndsWith(GetAssetPackageExtension()))
+	{
+		Relative = Relative.LeftChop(GetAssetPackageExtension().Len());
+	}
+	OutPackageName = Best->RootPath + Relative;
+	return true;
+}
+
 FString FPackageName::LongPackageNameToFilename(const FString& InLongPackageName, const FString& InExtension)
 {
 	FString Result;

@@ -56,9 +56,14 @@ UPackage* CreatePackage(const TCHAR* InPackageName)
 	{
 		return (UPackage*)Existing;
 	}
-	UPackage* Package = UE::Headless::Private::CreatePackageInternal(PackageName);
-	// A package whose file exists is not loaded by being created; FullyLoad reads the file.
-	if (FPackageName::IsValidLongPackageName(PackageName, true) && FPackageName::DoesPackageExist(PackageName))
+	// A package whose file exists is not loaded by being created (FullyLoad reads the file), and takes the
+	// name its file is spelt with.
+	FString Filename;
+	FString CanonicalName;
+	const bool bOnDisk = FPackageName::IsValidLongPackageName(PackageName, true) && FPackageName::DoesPackageExist(PackageName, &Filename);
+	UPackage* Package = UE::Headless::Private::CreatePackageInternal(
+		bOnDisk && FPackageName::TryConvertFilenameToLongPackageName(Filename, CanonicalName) ? CanonicalName : PackageName);
+	if (bOnDisk)
 	{
 		Package->MarkAsNotFullyLoaded();
 	}
@@ -85,7 +90,10 @@ UPackage* LoadPackage(UPackage* InOuter, const TCHAR* InLongPackageName, uint32 
 	const bool bCreated = Package == nullptr;
 	if (bCreated)
 	{
-		Package = UE::Headless::Private::CreatePackageInternal(PackageName);
+		// The package takes the name its file is spelt with, whatever letter case the request used.
+		FString CanonicalName;
+		Package = UE::Headless::Private::CreatePackageInternal(
+			FPackageName::TryConvertFilenameToLongPackageName(Filename, CanonicalName) ? CanonicalName : PackageName);
 	}
 	FString Error;
 	if (!UE::Headless::ReadPackageFile(*Package, Filename, Error))

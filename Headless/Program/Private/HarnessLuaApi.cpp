@@ -14,6 +14,7 @@
 #include "Headless/StringUtils.h"
 #include "Materials/MaterialInterface.h"
 #include "Misc/PackageName.h"
+#include "Misc/Paths.h"
 #include "UObject/Package.h"
 #include "UObject/UObjectGlobals.h"
 
@@ -247,7 +248,8 @@ namespace UE::Headless
 		{
 			const FString Operation = CheckText(L, 1);
 			const FString Reason = lua_isnoneornil(L, 2) ? FString() : CheckText(L, 2);
-			if (!FailNext(Operation, Reason))
+			const int32 SkippedCalls = (int32)luaL_optinteger(L, 3, 0);
+			if (!FailNext(Operation, Reason, SkippedCalls))
 			{
 				return luaL_error(L, "fail_next: unknown operation '%s' (one of %s)", ToUtf8(Operation).c_str(),
 					ToUtf8(FString::Join(GetFaultableOperations(), TEXT(", "))).c_str());
@@ -274,6 +276,12 @@ namespace UE::Headless
 		int LogLines(lua_State* L)
 		{
 			PushTextList(L, FLuaSessionAccess::GetLogLines(SessionOf(L)));
+			return 1;
+		}
+
+		int ProjectDir(lua_State* L)
+		{
+			PushText(L, FPaths::ProjectDir());
 			return 1;
 		}
 
@@ -313,6 +321,7 @@ namespace UE::Headless
 			{ "saved_packages", &SavedPackages },
 			{ "log_lines", &LogLines },
 			{ "engine_log", &EngineLog },
+			{ "project_dir", &ProjectDir },
 			{ nullptr, nullptr },
 		};
 		lua_createtable(L, 0, (int)(sizeof(Functions) / sizeof(Functions[0])) - 1);

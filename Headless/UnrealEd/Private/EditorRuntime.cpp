@@ -2,6 +2,7 @@
 
 #include "Editor.h"
 #include "Headless/Faults.h"
+#include "Headless/ObjectRegistry.h"
 #include "StaticMeshCompiler.h"
 #include "UObject/Package.h"
 #include "UObject/UObjectGlobals.h"
@@ -27,6 +28,9 @@ namespace UE::Headless
 	void StartEditorRuntime()
 	{
 		FRuntimeState& Runtime = State();
+		// A new editor starts with nothing of an earlier one in memory.
+		FStaticMeshCompilingManager::Get().FinishAllCompilation();
+		ResetObjectWorld();
 		ClearFaults();
 		Runtime.SavedPackages.Reset();
 		Runtime.StashedEditor = nullptr;

@@ -18,6 +18,9 @@ namespace UE::Headless
 	// The newest object at that full path, garbage or not; null when none was ever created there.
 	COREUOBJECT_API UObject* FindObjectIncludingGarbage(FStringView PathName);
 
+	// Forgets every object but the rooted ones and the classes, as a new editor process starts without them.
+	COREUOBJECT_API void ResetObjectWorld();
+
 	// The engine's names of the flags that are set, in bit order ("RF_Public", "RF_Standalone", ...).
 	COREUOBJECT_API TArray<FString> DescribeObjectFlags(EObjectFlags Flags);
 

@@ -5,7 +5,8 @@
 
 namespace UE::Headless
 {
-	// Creates GEditor with an empty undo buffer and makes the asset registry available.
+	// Forgets the objects of an earlier run, creates GEditor with an empty undo buffer and makes the asset
+	// registry available.
 	UNREALED_API void StartEditorRuntime();
 	// Finishes pending builds and removes GEditor.
 	UNREALED_API void StopEditorRuntime();

@@ -1,0 +1,40 @@
+-- The three globals, and the binding layer's argument checks that run before a verb body.
+local expect = require("Support.expect")
+
+for _, name in ipairs({ "nanite_assembly_support", "nanite_assembly_info", "nanite_assembly_build" }) do
+	expect.eq(type(_G[name]), "function", name .. " is a function")
+end
+
+local function raised(fn, ...)
+	local ok, message = pcall(fn, ...)
+	expect.eq(ok, false, "the call raises")
+	return tostring(message)
+end
+
+local string_sig = "(bad argument into 'sol::basic_table_core<false, sol::basic_reference<false> >(const std::__cxx11::basic_string<char>&, sol::this_state)')"
+expect.eq(raised(nanite_assembly_info, 42), "stack index 1, expected string, received number: " .. string_sig, "info(42)")
+expect.eq(raised(nanite_assembly_info), "stack index 1, expected string, received no value: " .. string_sig, "info()")
+expect.eq(raised(nanite_assembly_info, nil), "stack index 1, expected string, received nil: " .. string_sig, "info(nil)")
+expect.truthy(raised(nanite_assembly_info, {}):find("bad argument", 1, true), "info({}) mentions bad argument")
+
+local table_sig = "(bad argument into 'sol::basic_table_core<false, sol::basic_reference<false> >"
+	.. "(sol::basic_table_core<false, sol::basic_reference<false> >, sol::this_state)')"
+expect.eq(raised(nanite_assembly_build, "x"),
+	"stack index 1, expected table, received string: value is not a table or a userdata that can behave like one " .. table_sig, "build('x')")
+expect.eq(raised(nanite_assembly_build),
+	"stack index 1, expected table, received no value: value is not a table or a userdata that can behave like one " .. table_sig, "build()")
+
+-- Called from Lua code, the error carries the caller's position, as luaL_error adds it.
+local ok, message = pcall(function() return nanite_assembly_info(7) end)
+expect.eq(ok, false, "info(7) raises")
+expect.truthy(tostring(message):match("^verb_arguments%.lua:%d+: stack index 1, expected string, received number: "), "position prefix: " .. tostring(message))
+
+-- None of these reached a verb body, so nothing was logged.
+expect.eq(#headless.log_lines(), 0, "no log line for argument errors")
+
+-- Extra arguments after the checked one are ignored.
+local result = nanite_assembly_info("/Engine/BasicShapes/Cube", 1, 2, 3)
+expect.eq(result.ok, true, "extra arguments to info are ignored")
+expect.eq(#headless.log_lines(), 1, "the verb body ran once")
+
+expect.finish()
