@@ -51,8 +51,10 @@ struct FGenericPlatformMath
 	[[nodiscard]] static double Sin(double Value) { return std::sin(Value); }
 	[[nodiscard]] static float Cos(float Value) { return std::cos(Value); }
 	[[nodiscard]] static double Cos(double Value) { return std::cos(Value); }
-	[[nodiscard]] static float Atan2(float Y, float X) { return std::atan2(Y, X); }
-	[[nodiscard]] static double Atan2(double Y, double X) { return std::atan2(Y, X); }
+	// The engine's arc tangent takes its sign from Y < 0, so a negative zero counts as zero: (-0, 1) gives
+	// +0 and (-0, -1) gives +pi, where the C library gives -0 and -pi.
+	[[nodiscard]] static float Atan2(float Y, float X) { return std::atan2(Y == 0.0f ? 0.0f : Y, X); }
+	[[nodiscard]] static double Atan2(double Y, double X) { return std::atan2(Y == 0.0 ? 0.0 : Y, X); }
 
 	// Arc sine with the input clamped to [-1, 1], so that rounding just past the range stays defined.
 	[[nodiscard]] static float Asin(float Value) { return std::asin(Value < -1.f ? -1.f : (Value < 1.f ? Value : 1.f)); }

@@ -1,0 +1,51 @@
+#!/usr/bin/env bash
+# cvai info: the readable summary, the JSON table, refusals, and a package file that is not a package.
+source "$(dirname "$0")/lib/common.sh"
+project=$(new_project Info)
+
+expect_status 0 "$cvai" info /Engine/BasicShapes/Cube --project "$project"
+expect_line "$work/out" "/Engine/BasicShapes/Cube.Cube"
+expect_line "$work/out" "  parts: 0   nodes: 0   material slots: 1"
+expect_line "$work/out" "  render data: yes   valid Nanite data: no   compiling: no   assemblies supported: yes"
+
+cat > "$work/build.lua" <<'LUA'
+local r = nanite_assembly_build{ output = "/Game/Info/SM_Pair", save = true, parts = {
+	{ mesh = "/Engine/BasicShapes/Cube", transforms = { { location = { x = 1, y = 2, z = 3 } }, { scale = 2 } } } } }
+assert(r.ok, r.error)
+LUA
+expect_status 0 "$cvai" run "$work/build.lua" --project "$project"
+expect_status 0 "$cvai" info Info/SM_Pair --project "$project"
+expect_line "$work/out" "/Game/Info/SM_Pair.SM_Pair"
+expect_line "$work/out" "  Nanite enabled: yes (stored setting: yes)   assembly: yes   assembly data valid: yes"
+expect_line "$work/out" "  part 1: /Engine/BasicShapes/Cube.Cube   nodes: 2   material remap: [0]"
+expect_line "$work/out" "    1: part 1   location (1, 2, 3)   rotation (0, 0, 0)   scale (1, 1, 1)   local"
+
+expect_status 0 "$cvai" info /Game/Info/SM_Pair --project "$project" --json
+expect_line "$work/out" '  "ok": true,'
+expect_line "$work/out" '  "object_path": "/Game/Info/SM_Pair.SM_Pair",'
+expect_line "$work/out" '  "node_count": 2,'
+expect_line "$work/out" '  "nodes_truncated": false,'
+[ "$(head -2 "$work/out" | tail -1)" = '  "ok": true,' ] || fail "ok is not the first key"
+
+expect_status 1 "$cvai" info Meshes/Missing --project "$project"
+expect_text "$work/err" "static mesh not found: Meshes/Missing"
+expect_status 1 "$cvai" info Meshes/Missing --project "$project" --json
+expect_line "$work/out" '  "error": "static mesh not found: Meshes/Missing"'
+
+# Damaged package files are refused with their file named, never a crash.
+mkdir -p "$project/Content/Broken"
+head -c 200 "$project/Content/Info/SM_Pair.uasset.json" > "$project/Content/Broken/SM_Truncated.uasset.json"
+echo '{"format": "something-else", "version": 1, "objects": []}' > "$project/Content/Broken/SM_Format.uasset.json"
+echo '{"format": "cvai-headless-package", "version": 99, "objects": []}' > "$project/Content/Broken/SM_Version.uasset.json"
+echo '{"format": "cvai-headless-package", "version": 1, "objects": [{"name": "SM_Types", "class": "StaticMesh", "properties": {"static_materials": 5}}]}' \
+	> "$project/Content/Broken/SM_Types.uasset.json"
+echo '{"format": "cvai-headless-package", "version": 1, "objects": [{"name": "SM_Nodes", "class": "StaticMesh", "properties": {"static_materials": [], "nanite": {"enabled": true, "assembly": {"parts": [], "nodes": [[0, 0, "x"]]}}}}]}' \
+	> "$project/Content/Broken/SM_Nodes.uasset.json"
+for name in SM_Truncated SM_Format SM_Version SM_Types SM_Nodes; do
+	expect_status 1 "$cvai" info "Broken/$name" --project "$project"
+	expect_text "$work/err" "static mesh not found: Broken/$name"
+	expect_text "$work/err" "Content/Broken/$name.uasset.json' is not a valid package file"
+done
+expect_text "$project/Saved/Logs/cvai.log" "LogLinker: Error: Failed to load package '/Game/Broken/SM_Nodes'"
+
+finish
