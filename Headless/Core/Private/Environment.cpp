@@ -2,6 +2,7 @@
 
 #include "Headless/StringUtils.h"
 #include "Misc/Paths.h"
+#include "Templates/Tuple.h"
 
 #include <filesystem>
 #include <fstream>
@@ -91,7 +92,16 @@ namespace UE::Headless
 		{
 			return false;
 		}
-		bool bInSection = false;
+		// Project settings ([/Script/Engine.RendererSettings]) are applied first; [ConsoleVariables] has the
+		// higher priority and wins where both set a variable.
+		enum class ESection
+		{
+			Other,
+			RendererSettings,
+			ConsoleVariables,
+		};
+		TArray<TPair<FString, FString>> Settings[2];
+		ESection Section = ESection::Other;
 		std::string Line;
 		while (std::getline(File, Line))
 		{
@@ -102,14 +112,23 @@ namespace UE::Headless
 			}
 			if (Text.StartsWith(TEXT("[")))
 			{
-				bInSection = Text.Equals(TEXT("[ConsoleVariables]"), ESearchCase::IgnoreCase);
+				Section = Text.Equals(TEXT("[ConsoleVariables]"), ESearchCase::IgnoreCase) ? ESection::ConsoleVariables
+					: Text.Equals(TEXT("[/Script/Engine.RendererSettings]"), ESearchCase::IgnoreCase)                 ? ESection::RendererSettings
+																													   : ESection::Other;
 				continue;
 			}
 			FString Name;
 			FString Value;
-			if (bInSection && Text.Split(TEXT("="), &Name, &Value))
+			if (Section != ESection::Other && Text.Split(TEXT("="), &Name, &Value))
 			{
-				SetConsoleVariable(Name.TrimStartAndEnd(), Value.TrimStartAndEnd());
+				Settings[Section == ESection::ConsoleVariables ? 1 : 0].Add(TPair<FString, FString>(Name.TrimStartAndEnd(), Value.TrimStartAndEnd()));
+			}
+		}
+		for (const TArray<TPair<FString, FString>>& Entries : Settings)
+		{
+			for (const TPair<FString, FString>& Entry : Entries)
+			{
+				SetConsoleVariable(Entry.Key, Entry.Value);
 			}
 		}
 		return true;

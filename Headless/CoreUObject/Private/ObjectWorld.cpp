@@ -484,6 +484,18 @@ UObject* GetTransientPackageAsObject()
 	return GetTransientPackage();
 }
 
+// The path an object named Name would have below Outer, with the separators GetPathName uses.
+static FString PathBelowOuter(const FString& OuterPath, const UObject* Outer, FName Name)
+{
+	if (!Outer)
+	{
+		return Name.ToString();
+	}
+	const UObject* OuterOuter = Outer->GetOuter();
+	const bool bSubobjectOfAsset = !Outer->IsA<UPackage>() && OuterOuter && OuterOuter->IsA<UPackage>();
+	return OuterPath + (bSubobjectOfAsset ? TEXT(":") : TEXT(".")) + Name.ToString();
+}
+
 FName MakeUniqueObjectName(UObject* Outer, const UClass* Class, FName BaseName)
 {
 	const FName Base = BaseName.IsNone() ? Class->GetFName() : BaseName;
@@ -491,7 +503,7 @@ FName MakeUniqueObjectName(UObject* Outer, const UClass* Class, FName BaseName)
 	for (int32 Number = 0;; ++Number)
 	{
 		const FName Candidate(Base, NAME_EXTERNAL_TO_INTERNAL(Number));
-		const FString Path = Outer ? OuterPath + (Outer->IsA<UPackage>() ? TEXT(".") : TEXT(":")) + Candidate.ToString() : Candidate.ToString();
+		const FString Path = PathBelowOuter(OuterPath, Outer, Candidate);
 		if (!UE::Headless::FindObjectIncludingGarbage(Path))
 		{
 			return Candidate;
@@ -522,7 +534,7 @@ UObject* StaticConstructObject_Internal(const FStaticConstructObjectParameters& 
 	const FName Name = Params.Name.IsNone() ? MakeUniqueObjectName(Outer, Class) : Params.Name;
 
 	// An object already at this path is replaced by the new one, as the engine re-creates it in place.
-	const FString Path = Outer ? Outer->GetPathName() + (Outer->IsA<UPackage>() ? TEXT(".") : TEXT(":")) + Name.ToString() : Name.ToString();
+	const FString Path = PathBelowOuter(Outer ? Outer->GetPathName() : FString(), Outer, Name);
 	if (UObject* Existing = UE::Headless::Private::FObjectWorld::Get().Find(Path, false))
 	{
 		if (Existing->IsRooted())

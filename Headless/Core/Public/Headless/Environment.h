@@ -25,6 +25,7 @@ namespace UE::Headless
 	// Puts every registered console variable back to its default and forgets pending values.
 	CORE_API void ResetConsoleVariables();
 
-	// Applies the [ConsoleVariables] section of an ini file; false when the file cannot be read.
+	// Applies the console variables an engine ini sets: those of [/Script/Engine.RendererSettings] (project
+	// settings), then those of [ConsoleVariables], which win. False when the file cannot be read.
 	CORE_API bool LoadConsoleVariablesFromIni(const FString& IniPath);
 }

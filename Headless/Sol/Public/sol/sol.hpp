@@ -834,9 +834,9 @@ namespace sol
 		}
 
 		template <typename Key>
-		table_proxy<basic_table_core&, std::decay_t<Key>> operator[](const Key& key)
+		table_proxy<basic_table_core&, std::decay_t<const Key>> operator[](const Key& key)
 		{
-			return table_proxy<basic_table_core&, std::decay_t<Key>>(*this, key);
+			return table_proxy<basic_table_core&, std::decay_t<const Key>>(*this, key);
 		}
 
 		// The length operator, __len included; a non-integer length rounds to the nearest integer.
@@ -964,9 +964,9 @@ namespace sol
 		}
 
 		template <typename Key>
-		table_proxy<global_table&, std::decay_t<Key>> operator[](const Key& key)
+		table_proxy<global_table&, std::decay_t<const Key>> operator[](const Key& key)
 		{
-			return table_proxy<global_table&, std::decay_t<Key>>(global, key);
+			return table_proxy<global_table&, std::decay_t<const Key>>(global, key);
 		}
 
 		template <typename... Libs>
@@ -1037,6 +1037,8 @@ namespace sol
 		state() : unique_base(make_state()), state_view(unique_base::get()) {}
 		state(const state&) = delete;
 		state& operator=(const state&) = delete;
+
+		using state_view::get;
 
 	private:
 		static lua_State* make_state()

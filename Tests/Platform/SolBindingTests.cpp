@@ -1,0 +1,290 @@
+// The sol2 subset: checked parameters and their error texts, exceptions, results and registry references.
+#include <sol/sol.hpp>
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <stdexcept>
+#include <string>
+
+namespace
+{
+	// The names GCC and Clang give the parameter types, as sol2's own demangling reads them.
+#if defined(__clang__)
+	const std::string StringType = "const std::basic_string<char> &";
+	const std::string TableType = "sol::basic_table_core<false, sol::basic_reference<false>>";
+#else
+	const std::string StringType = "const std::__cxx11::basic_string<char>&";
+	const std::string TableType = "sol::basic_table_core<false, sol::basic_reference<false> >";
+#endif
+	const std::string NotATable = "value is not a table or a userdata that can behave like one ";
+
+	// Calls a global from C++ as a host would; returns the error text ("" on success), results stay pushed.
+	std::string Call(lua_State* L, const char* Name, const std::function<int(lua_State*)>& Push, int Results = 0)
+	{
+		lua_getglobal(L, Name);
+		if (lua_pcall(L, Push(L), Results, 0) == LUA_OK)
+		{
+			return "";
+		}
+		const std::string Message = lua_tostring(L, -1);
+		lua_pop(L, 1);
+		return Message;
+	}
+
+	int NoArguments(lua_State*)
+	{
+		return 0;
+	}
+
+	// Runs a chunk and returns its first result as text, or "error: ..." when it fails.
+	std::string Eval(lua_State* L, const std::string& Code)
+	{
+		const int Top = lua_gettop(L);
+		const bool bRan = luaL_loadbuffer(L, Code.data(), Code.size(), "=test") == LUA_OK && lua_pcall(L, 0, 1, 0) == LUA_OK;
+		const std::string Result = (bRan ? "" : "error: ") + std::string(luaL_tolstring(L, -1, nullptr));
+		lua_settop(L, Top);
+		return Result;
+	}
+
+	// Freed registry slots hold the free-list links, which are integers; everything else is a live reference.
+	int CountLiveReferences(lua_State* L)
+	{
+		int Live = 0;
+		for (lua_Integer Index = 1; Index <= (lua_Integer)lua_rawlen(L, LUA_REGISTRYINDEX); ++Index)
+		{
+			Live += lua_rawgeti(L, LUA_REGISTRYINDEX, Index) != LUA_TNUMBER ? 1 : 0;
+			lua_pop(L, 1);
+		}
+		return Live;
+	}
+
+	int PushUserdata(lua_State* L, const char* MetatableName, bool bWithName)
+	{
+		lua_newuserdatauv(L, 8, 0);
+		if (MetatableName)
+		{
+			luaL_newmetatable(L, MetatableName);
+			if (!bWithName)
+			{
+				lua_pushnil(L);
+				lua_setfield(L, -2, "__name");
+			}
+			lua_setmetatable(L, -2);
+		}
+		return 1;
+	}
+}
+
+TEST(SolBinding, StringParametersAcceptOnlyStrings)
+{
+	sol::state Lua;
+	lua_State* L = Lua.lua_state();
+	std::string Seen;
+	Lua.set_function("f1", [&Lua, &Seen](const std::string& Name) -> sol::table
+	{
+		Seen = Name;
+		return Lua.create_table();
+	});
+	const std::string Addendum = "(bad argument into '" + TableType + "(" + StringType + ")')";
+
+	// Extra arguments are ignored.
+	EXPECT_EQ(Call(L, "f1", [](lua_State* S) { lua_pushstring(S, "rock"); lua_pushinteger(S, 1); return 2; }), "");
+	EXPECT_EQ(Seen, "rock");
+	EXPECT_EQ(Call(L, "f1", [](lua_State* S) { lua_pushinteger(S, 5); return 1; }), "stack index 1, expected string, received number: " + Addendum);
+	EXPECT_EQ(Call(L, "f1", [](lua_State* S) { lua_pushnil(S); return 1; }), "stack index 1, expected string, received nil: " + Addendum);
+	EXPECT_EQ(Call(L, "f1", &NoArguments), "stack index 1, expected string, received no value: " + Addendum);
+	// A userdata is named by its metatable's __name: empty without one, "userdata" without a metatable.
+	EXPECT_EQ(Call(L, "f1", [](lua_State* S) { return PushUserdata(S, "Headless.Widget", true); }), "stack index 1, expected string, received Headless.Widget: " + Addendum);
+	EXPECT_EQ(Call(L, "f1", [](lua_State* S) { return PushUserdata(S, "Headless.Nameless", false); }), "stack index 1, expected string, received : " + Addendum);
+	EXPECT_EQ(Call(L, "f1", [](lua_State* S) { return PushUserdata(S, nullptr, false); }), "stack index 1, expected string, received userdata: " + Addendum);
+	EXPECT_EQ(lua_gettop(L), 0);
+}
+
+TEST(SolBinding, TableParametersAcceptTablesAndFullUserdata)
+{
+	sol::state Lua;
+	lua_State* L = Lua.lua_state();
+	Lua.open_libraries();
+	Lua.set_function("f2", [](sol::table Table, sol::this_state State) -> sol::table { return Table; });
+	const std::string Addendum = "(bad argument into '" + TableType + "(" + TableType + ", sol::this_state)')";
+
+	EXPECT_EQ(Call(L, "f2", [](lua_State* S) { lua_pushinteger(S, 5); return 1; }), "stack index 1, expected table, received number: " + NotATable + Addendum);
+	EXPECT_EQ(Call(L, "f2", &NoArguments), "stack index 1, expected table, received no value: " + NotATable + Addendum);
+	EXPECT_EQ(Call(L, "f2", [](lua_State* S) { lua_pushlightuserdata(S, S); return 1; }), "stack index 1, expected table, received userdata: " + NotATable + Addendum);
+	EXPECT_EQ(Call(L, "f2", [](lua_State* S) { return PushUserdata(S, "Headless.Widget", true); }, 1), "");
+	EXPECT_EQ(lua_type(L, -1), LUA_TUSERDATA);
+	lua_settop(L, 0);
+	// The same table comes back as the single result.
+	EXPECT_EQ(Eval(L, "local t = {} local a, b = f2(t, 'extra') return tostring(a == t and b == nil and select('#', f2(t)) == 1)"), "true");
+
+	// Through pcall there is no Lua caller to name; from Lua code its position may lead the text.
+	const std::string Expected = "stack index 1, expected table, received boolean: " + NotATable + Addendum;
+	EXPECT_EQ(Eval(L, "return select(2, pcall(f2, true))"), Expected);
+	const std::string FromChunk = Eval(L, "local ok, message = pcall(function() return f2(true) end) return message");
+	EXPECT_TRUE(FromChunk == Expected || FromChunk == "test:1: " + Expected) << FromChunk;
+}
+
+TEST(SolBinding, ParametersAreCheckedLeftToRightAndThisStateTakesNoSlot)
+{
+	sol::state Lua;
+	lua_State* L = Lua.lua_state();
+	lua_State* Received = nullptr;
+	std::string Name;
+	Lua.set_function("g", [&](const std::string& InName, sol::this_state State, sol::table Options)
+	{
+		Name = InName;
+		Received = State;
+	});
+	const std::string Addendum = "(bad argument into 'void(" + StringType + ", sol::this_state, " + TableType + ")')";
+
+	EXPECT_EQ(Call(L, "g", [](lua_State* S) { lua_pushinteger(S, 1); lua_pushinteger(S, 2); return 2; }), "stack index 1, expected string, received number: " + Addendum);
+	EXPECT_EQ(Call(L, "g", [](lua_State* S) { lua_pushstring(S, "a"); lua_pushinteger(S, 2); return 2; }),
+		"stack index 2, expected table, received number: " + NotATable + Addendum);
+	EXPECT_EQ(Name, "");
+	EXPECT_EQ(Call(L, "g", [](lua_State* S) { lua_pushstring(S, "ok"); lua_newtable(S); return 2; }), "");
+	EXPECT_EQ(Name, "ok");
+	EXPECT_EQ(Received, L);
+
+	// Reference parameters take anything, a missing argument included; booleans take booleans only.
+	Lua.set_function("kind", [](sol::object Value) { return static_cast<int>(Value.get_type()); });
+	EXPECT_EQ(Call(L, "kind", &NoArguments, 1), "");
+	EXPECT_EQ(lua_tointeger(L, -1), LUA_TNIL);
+	Lua.set_function("flag", [](bool bValue) {});
+	EXPECT_EQ(Call(L, "flag", [](lua_State* S) { lua_pushinteger(S, 1); return 1; }), "stack index 1, expected boolean, received number: (bad argument into 'void(bool)')");
+	lua_settop(L, 0);
+}
+
+TEST(SolBinding, ExceptionsBecomeLuaErrorsWithTheirText)
+{
+	sol::state Lua;
+	lua_State* L = Lua.lua_state();
+	Lua.open_libraries();
+	Lua.set_function("std_error", []() { throw std::runtime_error("boom"); });
+	Lua.set_function("text_error", []() { throw "plain text"; });
+	Lua.set_function("string_error", []() { throw std::string("string text"); });
+	Lua.set_function("sol_error", []() { throw sol::error("bad"); });
+	Lua.set_function("other_error", []() { throw 42; });
+	EXPECT_NO_THROW({
+		EXPECT_EQ(Call(L, "std_error", &NoArguments), "boom");
+		EXPECT_EQ(Call(L, "text_error", &NoArguments), "plain text");
+		EXPECT_EQ(Call(L, "string_error", &NoArguments), "string text");
+		EXPECT_EQ(Call(L, "sol_error", &NoArguments), "lua: error: bad");
+		EXPECT_EQ(Call(L, "other_error", &NoArguments), "caught (...) exception");
+	});
+	// No position is added, even when Lua code is the caller.
+	EXPECT_EQ(Eval(L, "local ok, message = pcall(function() std_error() end) return message"), "boom");
+	EXPECT_EQ(lua_gettop(L), 0);
+}
+
+TEST(SolBinding, ResultsReplaceTheArguments)
+{
+	sol::state Lua;
+	lua_State* L = Lua.lua_state();
+	Lua.open_libraries();
+	Lua["make"] = [&Lua](int Value) -> sol::table
+	{
+		sol::table Table = Lua.create_table();
+		Table[1] = Value;
+		Table["name"] = std::string("made");
+		return Table;
+	};
+	Lua.set_function("on_stack", [](sol::this_state State) -> sol::stack_table
+	{
+		lua_createtable(State, 0, 1);
+		lua_pushinteger(State, 5);
+		lua_setfield(State, -2, "n");
+		return sol::stack_table(State, -1);
+	});
+	Lua.set_function("nothing", [](int) {});
+	Lua.set_function("count", []() { return 3; });
+
+	EXPECT_EQ(Eval(L, "local t, extra = make(7, 'x', 'y') return type(t) .. t[1] .. t.name .. tostring(extra) .. select('#', make(1, 2))"), "table7madenil1");
+	EXPECT_EQ(Eval(L, "return select('#', on_stack(1, 2, 3)) .. on_stack(1, 2).n"), "15");
+	EXPECT_EQ(Eval(L, "return select('#', nothing(1, 2)) .. math.type(count())"), "0integer");
+	// With precision checks on, an integer parameter takes only a Lua integer: a number with decimals and
+	// a numeric string are refused with the same text.
+	EXPECT_EQ(Eval(L, "return select(2, pcall(make, 1.5))"), "stack index 1, expected number, received number: not a numeric type that fits exactly an integer "
+		"(number maybe has significant decimals) (bad argument into '" + TableType + "(int)')");
+	EXPECT_EQ(Eval(L, "return select(2, pcall(make, '7'))"), "stack index 1, expected number, received string: not a numeric type that fits exactly an integer "
+		"(number maybe has significant decimals) (bad argument into '" + TableType + "(int)')");
+
+	// A bound function is a C closure whose first upvalue is nil.
+	lua_getglobal(L, "make");
+	EXPECT_TRUE(lua_iscfunction(L, -1));
+	EXPECT_NE(lua_getupvalue(L, -1, 1), nullptr);
+	EXPECT_EQ(lua_type(L, -1), LUA_TNIL);
+	lua_settop(L, 0);
+
+	// Globals are assigned without bypassing _G's __newindex; lengths honour __len and round to nearest.
+	Eval(L, "Assigned = {} setmetatable(_G, { __newindex = function(t, k, v) rawset(t, k, v) Assigned[#Assigned + 1] = k end })");
+	Lua["via_proxy"] = []() { return 1; };
+	Lua.set_function("via_set", []() { return 2; });
+	Lua["plain"] = 7;
+	EXPECT_EQ(Eval(L, "return table.concat(Assigned, ',') .. ' ' .. via_proxy() + via_set() + plain"), "via_proxy,via_set,plain 10");
+	EXPECT_EQ(Lua.get<int>("plain"), 7);
+	Eval(L, "Half = setmetatable({}, { __len = function() return 2.5 end }) Low = setmetatable({}, { __len = function() return 2.4 end })");
+	EXPECT_EQ(Lua.get<sol::table>("Half").size(), 3u);
+	EXPECT_EQ(Lua.get<sol::table>("Low").size(), 2u);
+}
+
+TEST(SolBinding, RegistryReferencesAreReleased)
+{
+	sol::state Lua;
+	lua_State* L = Lua.lua_state();
+	Lua.open_libraries();
+	EXPECT_EQ(sol::reference().registry_index(), LUA_NOREF);
+	lua_pushnil(L);
+	const sol::reference Nil(L, -1);
+	lua_pop(L, 1);
+	EXPECT_EQ(sol::reference(Nil).registry_index(), LUA_REFNIL);
+
+	const int Baseline = CountLiveReferences(L);
+	{
+		sol::table Table = Lua.create_table();
+		sol::table Copy = Table;
+		EXPECT_EQ(CountLiveReferences(L), Baseline + 2);
+		EXPECT_TRUE(Copy == Table);
+		sol::table Moved = std::move(Copy);
+		Copy = Moved;
+		Moved = Table;
+		EXPECT_EQ(CountLiveReferences(L), Baseline + 3);
+		Moved.reset();
+		const sol::state_view View(L);
+		EXPECT_EQ(CountLiveReferences(L), Baseline + 4);
+		EXPECT_TRUE(sol::make_object(L, Table).is<sol::table>());
+		EXPECT_EQ(Lua.globals().get<int>("missing_number"), 0);
+	}
+	EXPECT_EQ(CountLiveReferences(L), Baseline);
+
+	// Tables through bound functions, argument errors and exceptions leave nothing behind.
+	Lua.set_function("echo", [](sol::table Table) { return Table; });
+	Lua.set_function("fail", [](sol::table Table, const std::string& Text) { throw std::runtime_error(Text); });
+	EXPECT_EQ(Eval(L, "local t = {} for i = 1, 50 do echo(t) pcall(echo, i) pcall(fail, t, 'x') pcall(fail, t) end return #t"), "0");
+	EXPECT_EQ(CountLiveReferences(L), Baseline);
+
+	// A freed slot is taken again by the next reference.
+	lua_newtable(L);
+	const int Probe = luaL_ref(L, LUA_REGISTRYINDEX);
+	luaL_unref(L, LUA_REGISTRYINDEX, Probe);
+	EXPECT_EQ(Lua.create_table().registry_index(), Probe);
+}
+
+TEST(SolBinding, ClosingTheStateDestroysBoundCallables)
+{
+	const auto Token = std::make_shared<int>(4);
+	{
+		sol::state Lua;
+		Lua.set_function("hold", [Token]() { return *Token; });
+		Lua.set_function("drop", [Token]() { return *Token; });
+		EXPECT_EQ(Token.use_count(), 3);
+		// Collecting an unreachable function runs the callable's destructor.
+		lua_pushnil(Lua.lua_state());
+		lua_setglobal(Lua.lua_state(), "drop");
+		lua_gc(Lua.lua_state(), LUA_GCCOLLECT);
+		EXPECT_EQ(Token.use_count(), 2);
+		const sol::table Kept = Lua.create_table();
+	}
+	EXPECT_EQ(Token.use_count(), 1);
+}
