@@ -6,7 +6,7 @@ BUILD_DIR    ?= build
 SANITIZE_DIR ?= build-sanitize
 FUZZ_DIR     ?= build-fuzz
 JOBS         ?= 2
-FUZZ_RUNS    ?= 20000
+FUZZ_RUNS    ?= 200000
 EXAMPLE      ?= Examples/FenceAssembly.lua
 SAMPLE       := $(BUILD_DIR)/SampleProject
 CVAI         := $(BUILD_DIR)/bin/cvai
@@ -42,7 +42,9 @@ test-sanitize: deps
 fuzz: deps
 	@CC=clang CXX=clang++ cmake -S . -B $(FUZZ_DIR) -G Ninja -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCVAI_FUZZ=ON > /dev/null
 	@cmake --build $(FUZZ_DIR) -j $(JOBS)
-	@$(FUZZ_DIR)/bin/RequestReaderFuzzer -runs=$(FUZZ_RUNS) -max_len=2048 -seed=1 $(FUZZ_DIR)/corpus Fuzz/Corpus
+	@mkdir -p $(FUZZ_DIR)/corpus
+	@$(FUZZ_DIR)/bin/RequestReaderFuzzer -runs=$(FUZZ_RUNS) -max_len=2048 -seed=1 -artifact_prefix=$(FUZZ_DIR)/ $(FUZZ_DIR)/corpus Fuzz/Corpus \
+		|| { echo "The fuzzer found a fault: copy the crash-* input above into Fuzz/Regressions so that the tests replay it."; exit 1; }
 
 bench: build
 	@for program in $(BUILD_DIR)/bin/*Benchmark; do echo "== $$program"; $$program; done
