@@ -157,6 +157,25 @@ TEST_F(RequestReaderTest, ProxiesAreReadThroughIndexAndLen)
 		Request, Error))
 		<< Error;
 	EXPECT_EQ(Request.Parts[0].Transforms[0].GetTranslation(), FVector(0.0, 7.0, 0.0));
+
+	// A table with fields of its own and a metatable: __index is asked only for the keys the table lacks,
+	// once each, in the order the keys are accepted; its own fields are still checked and read.
+	Request = FNaniteAssemblyBuildRequest();
+	ASSERT_TRUE(Read(std::string("{ output = '/Game/P', parts = { { mesh = ") + Cube
+			+ ", transforms = { setmetatable({ location = { x = 1 } }, { __index = function(_, k) Asked = (Asked or '') .. k .. ','"
+			  " return k == 'scale' and 2 or nil end }) } } } }",
+		Request, Error))
+		<< Error;
+	EXPECT_EQ(Request.Parts[0].Transforms[0].GetTranslation(), FVector(1.0, 0.0, 0.0));
+	EXPECT_EQ(Request.Parts[0].Transforms[0].GetScale3D(), FVector(2.0, 2.0, 2.0));
+	lua_getglobal(L, "Asked");
+	EXPECT_EQ(std::string(lua_tostring(L, -1)), "translation,rotation,scale,");
+	lua_pop(L, 1);
+	EXPECT_EQ(Read(std::string("{ output = '/Game/P', parts = { { mesh = ") + Cube
+			+ ", transforms = { setmetatable({ location = {}, Scale = 1 }, { __index = function() return 1 end }) } } } }",
+		Request, Error),
+		false);
+	EXPECT_EQ(Error, "nanite_assembly_build parts[1].transforms[1]: unknown key 'Scale' (accepted: location|translation|rotation|scale)");
 }
 
 TEST_F(RequestReaderTest, LengthsThatAreNotIntegersRoundToTheNearest)

@@ -51,12 +51,10 @@ namespace UE::Math
 		const T YawNoWinding = FMath::Fmod(Yaw, (T)360);
 		const T RollNoWinding = FMath::Fmod(Roll, (T)360);
 
-		const T SP = FMath::Sin(PitchNoWinding * HalfDegToRad);
-		const T CP = FMath::Cos(PitchNoWinding * HalfDegToRad);
-		const T SY = FMath::Sin(YawNoWinding * HalfDegToRad);
-		const T CY = FMath::Cos(YawNoWinding * HalfDegToRad);
-		const T SR = FMath::Sin(RollNoWinding * HalfDegToRad);
-		const T CR = FMath::Cos(RollNoWinding * HalfDegToRad);
+		T SP, CP, SY, CY, SR, CR;
+		FMath::SinCos(&SP, &CP, PitchNoWinding * HalfDegToRad);
+		FMath::SinCos(&SY, &CY, YawNoWinding * HalfDegToRad);
+		FMath::SinCos(&SR, &CR, RollNoWinding * HalfDegToRad);
 
 		TQuat<T> Result(
 			CR * SP * SY - SR * CP * CY,

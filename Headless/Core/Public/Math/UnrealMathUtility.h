@@ -40,6 +40,10 @@ struct FMath : public FGenericPlatformMath
 	template <typename T>
 	[[nodiscard]] static constexpr T RadiansToDegrees(const T Radians) { return Radians * (T)(180.0 / UE_DOUBLE_PI); }
 
+	// Sine and cosine of one angle in one call.
+	static void SinCos(float* ScalarSin, float* ScalarCos, float Value) { ::sincosf(Value, ScalarSin, ScalarCos); }
+	static void SinCos(double* ScalarSin, double* ScalarCos, double Value) { ::sincos(Value, ScalarSin, ScalarCos); }
+
 	// Polynomial arc sine of the fast single-precision path (Abramowitz and Stegun 4.4.45, seven terms).
 	[[nodiscard]] static CORE_API float FastAsin(float Value);
 };

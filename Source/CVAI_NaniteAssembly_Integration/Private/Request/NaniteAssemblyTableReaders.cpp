@@ -3,53 +3,206 @@
 #include "Lua/NaniteAssemblyLuaResult.h"
 #include "Request/NaniteAssemblyLuaAccess.h"
 
-#include <cstring>
+
+namespace
+{
+	// The position of Key among the accepted keys, or INDEX_NONE. Lua strings end with a NUL after their last
+	// byte, so each comparison stops at the first differing byte without measuring either string; a key with
+	// an embedded NUL never equals an accepted key.
+	int32 FindAcceptedKey(const char* Key, size_t KeyLength, TConstArrayView<const ANSICHAR*> AcceptedKeys)
+	{
+		for (int32 KeyIndex = 0; KeyIndex < AcceptedKeys.Num(); ++KeyIndex)
+		{
+			const char* Accepted = AcceptedKeys[KeyIndex];
+			size_t Offset = 0;
+			while (Offset < KeyLength && Accepted[Offset] != '\0' && Accepted[Offset] == Key[Offset])
+			{
+				++Offset;
+			}
+			if (Offset == KeyLength && Accepted[Offset] == '\0')
+			{
+				return KeyIndex;
+			}
+		}
+		return INDEX_NONE;
+	}
+
+	// Walks the keys of the table at Index without metamethods; OnAccepted(KeyIndex) sees each accepted
+	// key's value at the top of the stack. Keys are compared as bytes, case-sensitively. The caller has
+	// made room for the key and the value.
+	template <typename FunctionType>
+	bool WalkKeys(lua_State* L, int Index, TConstArrayView<const ANSICHAR*> AcceptedKeys, const FNaniteAssemblyContextPath& ContextPath,
+		FunctionType&& OnAccepted, FString& OutError)
+	{
+		lua_pushnil(L);
+		while (lua_next(L, Index) != 0)
+		{
+			if (lua_type(L, -2) != LUA_TSTRING)
+			{
+				OutError = ContextPath.ToString() + TEXT(": only string keys are accepted");
+				lua_pop(L, 2);
+				return false;
+			}
+			size_t KeyLength = 0;
+			const char* Key = lua_tolstring(L, -2, &KeyLength);
+			const int32 Match = FindAcceptedKey(Key, KeyLength, AcceptedKeys);
+			if (Match == INDEX_NONE)
+			{
+				FString AcceptedList;
+				for (int32 KeyIndex = 0; KeyIndex < AcceptedKeys.Num(); ++KeyIndex)
+				{
+					if (KeyIndex > 0)
+					{
+						AcceptedList += TEXT("|");
+					}
+					AcceptedList += NaniteAssemblyTextFromUtf8(AcceptedKeys[KeyIndex]);
+				}
+				OutError = FString::Printf(TEXT("%s: unknown key '%s' (accepted: %s)"), *ContextPath.ToString(), *NaniteAssemblyTextFromUtf8(Key), *AcceptedList);
+				lua_pop(L, 2);
+				return false;
+			}
+			OnAccepted(Match);
+			lua_pop(L, 1);
+		}
+		return true;
+	}
+
+	void IgnoreValue(int32)
+	{
+	}
+
+	// The message for a number field whose value is not a finite number; kept out of the readers' hot path.
+	FORCENOINLINE bool RefuseNumber(int Type, const ANSICHAR* Key, const FNaniteAssemblyContextPath& ContextPath, FString& OutError)
+	{
+		const TCHAR* Fault = Type != LUA_TNUMBER ? TEXT("must be a number") : TEXT("must be finite");
+		OutError = FString::Printf(TEXT("%s: '%s' %s"), *ContextPath.ToString(), *NaniteAssemblyTextFromUtf8(Key), Fault);
+		return false;
+	}
+
+	// Judges a field's value as the number field Key: nil takes the default, anything but a Lua number is
+	// refused, and so is a number that is not finite.
+	inline bool JudgeNumber(int Type, double Value, const ANSICHAR* Key, double Default, double& OutValue, const FNaniteAssemblyContextPath& ContextPath,
+		FString& OutError)
+	{
+		if (Type == LUA_TNUMBER && FMath::IsFinite(Value))
+		{
+			OutValue = Value;
+			return true;
+		}
+		if (Type == LUA_TNIL)
+		{
+			OutValue = Default;
+			return true;
+		}
+		return RefuseNumber(Type, Key, ContextPath, OutError);
+	}
+
+	bool HasMetatable(lua_State* L, int Index)
+	{
+		if (lua_getmetatable(L, Index))
+		{
+			lua_pop(L, 1);
+			return true;
+		}
+		return false;
+	}
+
+	// Gathers the values of the accepted keys of the value at Index: Record(KeyIndex) sees each one at the
+	// top of the stack, and IsGathered(KeyIndex) tells whether a key already has its value. A table's keys
+	// are walked (and checked) without metamethods, which also gives every value it holds itself; those are
+	// exactly what lua_getfield would return. Only the keys it lacks are then looked up through __index, when
+	// it has a metatable. A userdata has no keys to check: every value comes through __index.
+	template <typename RecordType, typename IsGatheredType>
+	bool GatherValues(lua_State* L, int Index, TConstArrayView<const ANSICHAR*> AcceptedKeys, const FNaniteAssemblyContextPath& ContextPath,
+		RecordType&& Record, IsGatheredType&& IsGathered, FString& OutError)
+	{
+		const bool bIsTable = lua_type(L, Index) == LUA_TTABLE;
+		if (bIsTable && !WalkKeys(L, Index, AcceptedKeys, ContextPath, Record, OutError))
+		{
+			return false;
+		}
+		bool bAllGathered = true;
+		for (int32 KeyIndex = 0; KeyIndex < AcceptedKeys.Num(); ++KeyIndex)
+		{
+			bAllGathered &= IsGathered(KeyIndex);
+		}
+		if (bAllGathered || (bIsTable && !HasMetatable(L, Index)))
+		{
+			return true;
+		}
+		for (int32 KeyIndex = 0; KeyIndex < AcceptedKeys.Num(); ++KeyIndex)
+		{
+			if (!IsGathered(KeyIndex))
+			{
+				NaniteAssemblyPushField(L, Index, AcceptedKeys[KeyIndex]);
+				Record(KeyIndex);
+				lua_pop(L, 1);
+			}
+		}
+		return true;
+	}
+}
 
 bool CheckOnlyKnownKeys(const sol::stack_object& Value, TConstArrayView<const ANSICHAR*> AcceptedKeys, const FNaniteAssemblyContextPath& ContextPath,
 	FString& OutError)
 {
 	lua_State* L = Value.lua_state();
-	const int Index = Value.stack_index();
-	if (lua_type(L, Index) != LUA_TTABLE)
+	if (lua_type(L, Value.stack_index()) != LUA_TTABLE)
 	{
 		return true;
 	}
 	FNaniteAssemblyStackGuard Guard(L);
 	NaniteAssemblyReserveStack(L, 2);
-	lua_pushnil(L);
-	while (lua_next(L, Index) != 0)
+	return WalkKeys(L, Value.stack_index(), AcceptedKeys, ContextPath, IgnoreValue, OutError);
+}
+
+bool FNaniteAssemblyFields::Gather(const sol::stack_object& Table, TConstArrayView<const ANSICHAR*> AcceptedKeys,
+	const FNaniteAssemblyContextPath& ContextPath, FString& OutError)
+{
+	lua_State* L = Table.lua_state();
+	NaniteAssemblyReserveStack(L, AcceptedKeys.Num() + 2);
+	FirstSlot = lua_gettop(L) + 1;
+	for (int32 KeyIndex = 0; KeyIndex < AcceptedKeys.Num(); ++KeyIndex)
 	{
-		if (lua_type(L, -2) != LUA_TSTRING)
+		lua_pushnil(L);
+	}
+	const int First = FirstSlot;
+	return GatherValues(
+		L, Table.stack_index(), AcceptedKeys, ContextPath, [L, First](int32 KeyIndex) { lua_copy(L, -1, First + KeyIndex); },
+		[L, First](int32 KeyIndex) { return lua_type(L, First + KeyIndex) != LUA_TNIL; }, OutError);
+}
+
+bool FNaniteAssemblyNumbers::Gather(const sol::stack_object& Table, TConstArrayView<const ANSICHAR*> AcceptedKeys,
+	const FNaniteAssemblyContextPath& ContextPath, FString& OutError)
+{
+	check(AcceptedKeys.Num() <= MaxKeys);
+	lua_State* L = Table.lua_state();
+	NaniteAssemblyReserveStack(L, 2);
+	for (int32 KeyIndex = 0; KeyIndex < AcceptedKeys.Num(); ++KeyIndex)
+	{
+		Types[KeyIndex] = LUA_TNIL;
+	}
+	auto Record = [this, L](int32 KeyIndex)
+	{
+		Types[KeyIndex] = lua_type(L, -1);
+		if (Types[KeyIndex] == LUA_TNUMBER)
 		{
-			OutError = ContextPath.ToString() + TEXT(": only string keys are accepted");
+			Values[KeyIndex] = (double)lua_tonumberx(L, -1, nullptr);
+		}
+	};
+	return GatherValues(L, Table.stack_index(), AcceptedKeys, ContextPath, Record, [this](int32 KeyIndex) { return Types[KeyIndex] != LUA_TNIL; }, OutError);
+}
+
+bool FNaniteAssemblyNumbers::Read(int32 FirstKey, const ANSICHAR* const* KeyNames, int32 Count, const double* Defaults, double* OutValues,
+	const FNaniteAssemblyContextPath& ContextPath, FString& OutError) const
+{
+	for (int32 FieldIndex = 0; FieldIndex < Count; ++FieldIndex)
+	{
+		const int32 Key = FirstKey + FieldIndex;
+		if (!JudgeNumber(Types[Key], Values[Key], KeyNames[FieldIndex], Defaults[FieldIndex], OutValues[FieldIndex], ContextPath, OutError))
+		{
 			return false;
 		}
-		size_t KeyLength = 0;
-		const char* Key = lua_tolstring(L, -2, &KeyLength);
-		bool bAccepted = false;
-		for (const ANSICHAR* Accepted : AcceptedKeys)
-		{
-			if (std::strlen(Accepted) == KeyLength && std::memcmp(Accepted, Key, KeyLength) == 0)
-			{
-				bAccepted = true;
-				break;
-			}
-		}
-		if (!bAccepted)
-		{
-			FString AcceptedList;
-			for (int32 KeyIndex = 0; KeyIndex < AcceptedKeys.Num(); ++KeyIndex)
-			{
-				if (KeyIndex > 0)
-				{
-					AcceptedList += TEXT("|");
-				}
-				AcceptedList += NaniteAssemblyTextFromUtf8(AcceptedKeys[KeyIndex]);
-			}
-			OutError = FString::Printf(TEXT("%s: unknown key '%s' (accepted: %s)"), *ContextPath.ToString(), *NaniteAssemblyTextFromUtf8(Key), *AcceptedList);
-			return false;
-		}
-		lua_pop(L, 1);
 	}
 	return true;
 }
@@ -63,23 +216,10 @@ bool ReadNumberFields(const sol::stack_object& Table, const ANSICHAR* const* Key
 	for (int32 FieldIndex = 0; FieldIndex < Count; ++FieldIndex)
 	{
 		const int Type = NaniteAssemblyPushField(L, Index, KeyNames[FieldIndex]);
-		if (Type == LUA_TNIL)
+		const double Value = Type == LUA_TNUMBER ? (double)lua_tonumberx(L, -1, nullptr) : 0.0;
+		if (!JudgeNumber(Type, Value, KeyNames[FieldIndex], Defaults[FieldIndex], OutValues[FieldIndex], ContextPath, OutError))
 		{
-			OutValues[FieldIndex] = Defaults[FieldIndex];
-		}
-		else if (Type != LUA_TNUMBER)
-		{
-			OutError = FString::Printf(TEXT("%s: '%s' must be a number"), *ContextPath.ToString(), *NaniteAssemblyTextFromUtf8(KeyNames[FieldIndex]));
 			return false;
-		}
-		else
-		{
-			OutValues[FieldIndex] = (double)lua_tonumberx(L, -1, nullptr);
-			if (!FMath::IsFinite(OutValues[FieldIndex]))
-			{
-				OutError = FString::Printf(TEXT("%s: '%s' must be finite"), *ContextPath.ToString(), *NaniteAssemblyTextFromUtf8(KeyNames[FieldIndex]));
-				return false;
-			}
 		}
 		lua_pop(L, 1);
 	}

@@ -21,6 +21,44 @@ bool ReadNumberFields(const sol::stack_object& Table, const ANSICHAR* const* Key
 // Reads an optional boolean of the build argument's top level; nil keeps the value the caller set.
 bool ReadOptionalBool(const sol::stack_object& Table, const ANSICHAR* KeyName, bool& InOutValue, FString& OutError);
 
+// The values of a table's accepted keys, gathered once, each on the Lua stack in its own slot (nil when the
+// key is absent). The keys are checked as CheckOnlyKnownKeys checks them, and that walk also gives every value
+// the table holds itself; a key it lacks is then looked up through __index when the table has a metatable,
+// and a userdata gives every value through __index. Either way a slot holds what lua_getfield would return,
+// so readers built on it behave as the field-by-field readers above, with one pass over a table.
+class FNaniteAssemblyFields
+{
+public:
+	bool Gather(const sol::stack_object& Table, TConstArrayView<const ANSICHAR*> AcceptedKeys, const FNaniteAssemblyContextPath& ContextPath, FString& OutError);
+
+	// The stack index of the slot of the accepted key at KeyIndex.
+	[[nodiscard]] int Slot(int32 KeyIndex) const { return FirstSlot + KeyIndex; }
+	[[nodiscard]] int Type(lua_State* L, int32 KeyIndex) const { return lua_type(L, Slot(KeyIndex)); }
+
+private:
+	int FirstSlot = 0;
+};
+
+// The same for a table of numbers, without stack slots: each accepted key's Lua type, and its value when it
+// is a number, kept on the C++ side. Read then judges them as ReadNumberFields does, in list order.
+class FNaniteAssemblyNumbers
+{
+public:
+	static constexpr int32 MaxKeys = 6;
+
+	bool Gather(const sol::stack_object& Table, TConstArrayView<const ANSICHAR*> AcceptedKeys, const FNaniteAssemblyContextPath& ContextPath, FString& OutError);
+
+	[[nodiscard]] bool IsPresent(int32 KeyIndex) const { return Types[KeyIndex] != LUA_TNIL; }
+
+	// Count keys from FirstKey on; nil takes the default.
+	bool Read(int32 FirstKey, const ANSICHAR* const* KeyNames, int32 Count, const double* Defaults, double* OutValues,
+		const FNaniteAssemblyContextPath& ContextPath, FString& OutError) const;
+
+private:
+	int Types[MaxKeys] = {};
+	double Values[MaxKeys] = {};
+};
+
 // Restores the Lua stack's top when a reader returns, on every path.
 class FNaniteAssemblyStackGuard
 {

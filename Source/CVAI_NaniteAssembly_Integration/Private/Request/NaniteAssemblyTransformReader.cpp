@@ -8,14 +8,22 @@ namespace
 	const ANSICHAR* const TransformKeys[] = { "location", "translation", "rotation", "scale" };
 	const ANSICHAR* const VectorKeys[] = { "x", "y", "z" };
 	const ANSICHAR* const RotationKeys[] = { "pitch", "yaw", "roll", "x", "y", "z" };
-	const ANSICHAR* const RotatorKeys[] = { "pitch", "yaw", "roll" };
 	const double Zeros[] = { 0.0, 0.0, 0.0 };
 	const double Ones[] = { 1.0, 1.0, 1.0 };
 
-	bool ReadVectorTable(const sol::stack_object& Table, const FNaniteAssemblyContextPath& Path, const double* Defaults, FVector& OutVector, FString& OutError)
+	enum ETransformKey
 	{
+		Location,
+		Translation,
+		Rotation,
+		Scale,
+	};
+
+	bool ReadVectorTable(lua_State* L, int TableIndex, const FNaniteAssemblyContextPath& Path, const double* Defaults, FVector& OutVector, FString& OutError)
+	{
+		FNaniteAssemblyNumbers Numbers;
 		double Values[3];
-		if (!CheckOnlyKnownKeys(Table, VectorKeys, Path, OutError) || !ReadNumberFields(Table, VectorKeys, 3, Values, Defaults, Path, OutError))
+		if (!Numbers.Gather(sol::stack_object(L, TableIndex), VectorKeys, Path, OutError) || !Numbers.Read(0, VectorKeys, 3, Defaults, Values, Path, OutError))
 		{
 			return false;
 		}
@@ -23,31 +31,11 @@ namespace
 		return true;
 	}
 
-	// Presence means a value of any type other than nil; its type is judged when it is read.
-	bool AnyPresent(lua_State* L, int Index, const ANSICHAR* const* Keys)
+	// "translation" is only an alias: it is looked at when "location" is nil, and named as location.
+	bool ReadLocation(lua_State* L, const FNaniteAssemblyFields& Fields, const FNaniteAssemblyContextPath& Path, FVector& OutLocation, FString& OutError)
 	{
-		for (int32 KeyIndex = 0; KeyIndex < 3; ++KeyIndex)
-		{
-			const int Type = NaniteAssemblyPushField(L, Index, Keys[KeyIndex]);
-			lua_pop(L, 1);
-			if (Type != LUA_TNIL)
-			{
-				return true;
-			}
-		}
-		return false;
-	}
-
-	bool ReadLocation(lua_State* L, int TransformIndex, const FNaniteAssemblyContextPath& Path, FVector& OutLocation, FString& OutError)
-	{
-		FNaniteAssemblyStackGuard Guard(L);
-		// "translation" is only an alias: it is looked at when "location" is nil, and named as location.
-		int Type = NaniteAssemblyPushField(L, TransformIndex, "location");
-		if (Type == LUA_TNIL)
-		{
-			lua_pop(L, 1);
-			Type = NaniteAssemblyPushField(L, TransformIndex, "translation");
-		}
+		const int32 Key = Fields.Type(L, Location) != LUA_TNIL ? Location : Translation;
+		const int Type = Fields.Type(L, Key);
 		if (Type == LUA_TNIL)
 		{
 			return true;
@@ -58,13 +46,12 @@ namespace
 			return false;
 		}
 		const FNaniteAssemblyContextPath LocationPath(Path, TEXT(".location"));
-		return ReadVectorTable(sol::stack_object(L, -1), LocationPath, Zeros, OutLocation, OutError);
+		return ReadVectorTable(L, Fields.Slot(Key), LocationPath, Zeros, OutLocation, OutError);
 	}
 
-	bool ReadRotation(lua_State* L, int TransformIndex, const FNaniteAssemblyContextPath& Path, FRotator& OutRotation, FString& OutError)
+	bool ReadRotation(lua_State* L, const FNaniteAssemblyFields& Fields, const FNaniteAssemblyContextPath& Path, FRotator& OutRotation, FString& OutError)
 	{
-		FNaniteAssemblyStackGuard Guard(L);
-		const int Type = NaniteAssemblyPushField(L, TransformIndex, "rotation");
+		const int Type = Fields.Type(L, Rotation);
 		if (Type == LUA_TNIL)
 		{
 			return true;
@@ -74,28 +61,36 @@ namespace
 			OutError = Path.ToString() + TEXT(": 'rotation' must be a table {pitch,yaw,roll} or Euler {x,y,z}");
 			return false;
 		}
-		const sol::stack_object Rotation(L, -1);
 		const FNaniteAssemblyContextPath RotationPath(Path, TEXT(".rotation"));
-		if (!CheckOnlyKnownKeys(Rotation, RotationKeys, RotationPath, OutError))
+		FNaniteAssemblyNumbers Angles;
+		if (!Angles.Gather(sol::stack_object(L, Fields.Slot(Rotation)), RotationKeys, RotationPath, OutError))
 		{
 			return false;
 		}
-		double Values[3];
-		if (!AnyPresent(L, Rotation.stack_index(), VectorKeys))
+		// Presence is any value but nil; its type is judged when it is read.
+		bool bRotatorForm = false;
+		bool bEulerForm = false;
+		for (int32 Key = 0; Key < 3; ++Key)
 		{
-			if (!ReadNumberFields(Rotation, RotatorKeys, 3, Values, Zeros, RotationPath, OutError))
+			bRotatorForm |= Angles.IsPresent(Key);
+			bEulerForm |= Angles.IsPresent(Key + 3);
+		}
+		double Values[3];
+		if (!bEulerForm)
+		{
+			if (!Angles.Read(0, RotationKeys, 3, Zeros, Values, RotationPath, OutError))
 			{
 				return false;
 			}
 			OutRotation = FRotator(Values[0], Values[1], Values[2]);
 			return true;
 		}
-		if (AnyPresent(L, Rotation.stack_index(), RotatorKeys))
+		if (bRotatorForm)
 		{
 			OutError = RotationPath.ToString() + TEXT(": use either {pitch,yaw,roll} or Euler {x,y,z}, not both");
 			return false;
 		}
-		if (!ReadNumberFields(Rotation, VectorKeys, 3, Values, Zeros, RotationPath, OutError))
+		if (!Angles.Read(3, VectorKeys, 3, Zeros, Values, RotationPath, OutError))
 		{
 			return false;
 		}
@@ -104,17 +99,16 @@ namespace
 		return true;
 	}
 
-	bool ReadScale(lua_State* L, int TransformIndex, const FNaniteAssemblyContextPath& Path, FVector& OutScale, FString& OutError)
+	bool ReadScale(lua_State* L, const FNaniteAssemblyFields& Fields, const FNaniteAssemblyContextPath& Path, FVector& OutScale, FString& OutError)
 	{
-		FNaniteAssemblyStackGuard Guard(L);
-		const int Type = NaniteAssemblyPushField(L, TransformIndex, "scale");
+		const int Type = Fields.Type(L, Scale);
 		if (Type == LUA_TNIL)
 		{
 			return true;
 		}
 		if (Type == LUA_TNUMBER)
 		{
-			const double Uniform = (double)lua_tonumberx(L, -1, nullptr);
+			const double Uniform = (double)lua_tonumberx(L, Fields.Slot(Scale), nullptr);
 			if (!FMath::IsFinite(Uniform))
 			{
 				OutError = Path.ToString() + TEXT(": 'scale' must be finite");
@@ -129,28 +123,30 @@ namespace
 			return false;
 		}
 		const FNaniteAssemblyContextPath ScalePath(Path, TEXT(".scale"));
-		return ReadVectorTable(sol::stack_object(L, -1), ScalePath, Ones, OutScale, OutError);
+		return ReadVectorTable(L, Fields.Slot(Scale), ScalePath, Ones, OutScale, OutError);
 	}
 }
 
 bool ReadTransform(const sol::stack_object& Value, const FNaniteAssemblyContextPath& ContextPath, FTransform& OutTransform, FString& OutError)
 {
 	lua_State* L = Value.lua_state();
-	const int Index = Value.stack_index();
-	if (lua_type(L, Index) != LUA_TTABLE)
+	if (lua_type(L, Value.stack_index()) != LUA_TTABLE)
 	{
 		OutError = ContextPath.ToString() + TEXT(": each transform must be a table {location=,rotation=,scale=}");
 		return false;
 	}
-	if (!CheckOnlyKnownKeys(Value, TransformKeys, ContextPath, OutError))
+	FNaniteAssemblyStackGuard Guard(L);
+	FNaniteAssemblyFields Fields;
+	if (!Fields.Gather(Value, TransformKeys, ContextPath, OutError))
 	{
 		return false;
 	}
+	// Faults are reported in the order location, rotation, scale.
 	FVector Location = FVector::ZeroVector;
 	FRotator Rotation = FRotator::ZeroRotator;
 	FVector Scale = FVector::OneVector;
-	if (!ReadLocation(L, Index, ContextPath, Location, OutError) || !ReadRotation(L, Index, ContextPath, Rotation, OutError)
-		|| !ReadScale(L, Index, ContextPath, Scale, OutError))
+	if (!ReadLocation(L, Fields, ContextPath, Location, OutError) || !ReadRotation(L, Fields, ContextPath, Rotation, OutError)
+		|| !ReadScale(L, Fields, ContextPath, Scale, OutError))
 	{
 		return false;
 	}
