@@ -32,10 +32,10 @@ void FRatioReporter::PrintRatio(const std::string& Label, const std::string& Num
 	const double Bottom = Time(Denominator);
 	if (Top <= 0.0 || Bottom <= 0.0)
 	{
-		std::printf("%-48s (not measured: filtered out)\n", Label.c_str());
+		std::printf("%-60s (not measured: filtered out)\n", Label.c_str());
 		return;
 	}
-	std::printf("%-48s %8.2fx\n", Label.c_str(), Top / Bottom);
+	std::printf("%-60s %8.2fx\n", Label.c_str(), Top / Bottom);
 }
 
 int RunBenchmarksWithRatios(int Argc, char** Argv, const std::function<void(const FRatioReporter&)>& PrintRatios)
