@@ -65,6 +65,36 @@ TEST(CoreContainers, ArrayOperationsKeepOrderAndAliasSafety)
 	EXPECT_EQ(Sum(MakeConstArrayView(Numbers.GetData() + 1, 2)), 1);
 }
 
+// Every way of adding grows the allocation geometrically (a serialiser adds a few bytes at a time to
+// buffers of megabytes); only Reserve allocates exactly what it is asked for.
+TEST(CoreContainers, AddingGrowsGeometricallyAndReserveIsExact)
+{
+	auto CountReallocations = [](auto&& AddOne)
+	{
+		TArray<uint8> Bytes;
+		int32 Reallocations = 0;
+		for (int32 Index = 0; Index < 100000; ++Index)
+		{
+			const int32 Before = Bytes.Max();
+			AddOne(Bytes);
+			Reallocations += Bytes.Max() != Before ? 1 : 0;
+		}
+		EXPECT_EQ(Bytes.Num(), 100000);
+		return Reallocations;
+	};
+	EXPECT_LT(CountReallocations([](TArray<uint8>& Bytes) { Bytes.AddUninitialized(1); }), 40);
+	EXPECT_LT(CountReallocations([](TArray<uint8>& Bytes) { Bytes.AddDefaulted(1); }), 40);
+	EXPECT_LT(CountReallocations([](TArray<uint8>& Bytes) { Bytes.Add(7); }), 40);
+	EXPECT_LT(CountReallocations([](TArray<uint8>& Bytes) { const uint8 One = 1; Bytes.Append(&One, 1); }), 40);
+	EXPECT_LT(CountReallocations([](TArray<uint8>& Bytes) { Bytes.SetNum(Bytes.Num() + 1); }), 40);
+
+	TArray<uint8> Exact;
+	Exact.Reserve(1000);
+	EXPECT_EQ(Exact.Max(), 1000);
+	Exact.Reserve(10);
+	EXPECT_EQ(Exact.Max(), 1000);
+}
+
 TEST(CoreDelegates, StaticDelegatesCarryTheirPayload)
 {
 	FString Prefix(TEXT("n="));

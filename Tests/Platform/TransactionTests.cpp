@@ -223,6 +223,35 @@ TEST_F(FTransactionTest, CancelThrowsTheWholeRecordAwayAndRevertsNothing)
 	EXPECT_TRUE(GEditor->Trans->CanRedo());
 }
 
+TEST_F(FTransactionTest, ResetForgetsEveryStepAndKeepsTheObjectsAsTheyAre)
+{
+	for (const TCHAR* Slot : { TEXT("One"), TEXT("Two") })
+	{
+		FScopedTransaction Step(NSLOCTEXT("HeadlessTests", "Step", "Step"));
+		Mesh->Modify();
+		Edit(Slot);
+	}
+	ASSERT_TRUE(GEditor->UndoTransaction());
+	ASSERT_TRUE(GEditor->Trans->CanRedo());
+	const FMeshState Before(*Mesh);
+	GEditor->Trans->Reset(NSLOCTEXT("HeadlessTests", "Reset", "Reset"));
+	EXPECT_TRUE(Before.Matches(*Mesh));
+	EXPECT_FALSE(GEditor->Trans->CanUndo());
+	EXPECT_FALSE(GEditor->Trans->CanRedo());
+	EXPECT_TRUE(UndoHistory().empty());
+	EXPECT_FALSE(GEditor->UndoTransaction());
+
+	// The buffer records again afterwards.
+	{
+		FScopedTransaction Step(NSLOCTEXT("HeadlessTests", "After", "After"));
+		Mesh->Modify();
+		Edit(TEXT("Three"));
+	}
+	EXPECT_EQ(UndoHistory(), std::vector<std::string>({ "After" }));
+	EXPECT_TRUE(GEditor->UndoTransaction());
+	EXPECT_TRUE(Before.Matches(*Mesh));
+}
+
 TEST_F(FTransactionTest, OnlyTransactionalObjectsAreRecordedWhenATransactionCanOpen)
 {
 	UStaticMesh* Plain = NewObject<UStaticMesh>(CreatePackage(TEXT("/Game/Undo/Plain")), FName(TEXT("Plain")), AssetFlags);

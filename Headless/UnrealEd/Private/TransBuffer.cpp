@@ -97,6 +97,28 @@ void UTransBuffer::Cancel(int32 StartIndex)
 	GUndo = nullptr;
 }
 
+void UTransBuffer::Reset(const FText& Reason)
+{
+	if (ActiveCount != 0)
+	{
+		UE_LOG(LogEditorTransaction, Warning, TEXT("Non zero active count in UTransBuffer::Reset (%s)"), *Reason.ToString());
+	}
+	for (FHeadlessTransaction* Transaction : UndoBuffer)
+	{
+		delete Transaction;
+	}
+	for (FHeadlessTransaction* Transaction : RemovedTransactions)
+	{
+		delete Transaction;
+	}
+	UndoBuffer.Reset();
+	RemovedTransactions.Reset();
+	UndoCount = 0;
+	PreviousUndoCount = 0;
+	ActiveCount = 0;
+	GUndo = nullptr;
+}
+
 bool UTransBuffer::CanUndo(FText* Text) const
 {
 	if (ActiveCount > 0)

@@ -138,7 +138,7 @@ public:
 	SizeType AddDefaulted(SizeType Count = 1)
 	{
 		const SizeType First = ArrayNum;
-		Reserve(ArrayNum + Count);
+		GrowFor(ArrayNum + Count);
 		for (SizeType Index = 0; Index < Count; ++Index)
 		{
 			new (Data + ArrayNum) ElementType();
@@ -169,7 +169,7 @@ public:
 		static_assert(std::is_trivially_copyable_v<ElementType>, "AddUninitialized needs a trivially copyable element type");
 		check(Count >= 0);
 		const SizeType First = ArrayNum;
-		Reserve(ArrayNum + Count);
+		GrowFor(ArrayNum + Count);
 		ArrayNum += Count;
 		return First;
 	}
@@ -193,7 +193,7 @@ public:
 			Append(Copy.Data, Count);
 			return;
 		}
-		Reserve(ArrayNum + Count);
+		GrowFor(ArrayNum + Count);
 		for (SizeType Index = 0; Index < Count; ++Index)
 		{
 			new (Data + ArrayNum) ElementType(Ptr[Index]);
@@ -205,7 +205,7 @@ public:
 
 	void Append(TArray&& Source)
 	{
-		Reserve(ArrayNum + Source.ArrayNum);
+		GrowFor(ArrayNum + Source.ArrayNum);
 		for (SizeType Index = 0; Index < Source.ArrayNum; ++Index)
 		{
 			new (Data + ArrayNum) ElementType(MoveTemp(Source.Data[Index]));
@@ -312,7 +312,7 @@ public:
 	void SetNumUninitialized(SizeType NewNum)
 	{
 		static_assert(std::is_trivially_copyable_v<ElementType>, "SetNumUninitialized needs a trivially copyable element type");
-		Reserve(NewNum);
+		GrowFor(NewNum);
 		ArrayNum = NewNum;
 	}
 
@@ -437,6 +437,16 @@ private:
 		if (Ptr)
 		{
 			::operator delete(Ptr, std::align_val_t(alignof(ElementType)));
+		}
+	}
+
+	// Adding elements grows the allocation geometrically, as the engine's default slack policy does, so that
+	// adding one element at a time stays linear; Reserve alone allocates exactly.
+	void GrowFor(SizeType Needed)
+	{
+		if (Needed > ArrayMax)
+		{
+			Grow(Needed);
 		}
 	}
 

@@ -27,6 +27,8 @@ public:
 	// Throws the whole open transaction away (a nested start index cancels it entirely too). Objects keep
 	// the state they have: nothing is reverted.
 	UNREALED_API void Cancel(int32 StartIndex = 0);
+	// Discards every transaction, open or not: nothing can be undone or redone afterwards.
+	UNREALED_API void Reset(const FText& Reason);
 	UNREALED_API bool Undo(bool bCanRedo = true);
 	UNREALED_API bool Redo();
 
