@@ -94,13 +94,16 @@ TEST(ObjectWorld, GarbageIsNeverFoundAndNamesAreReplacedAtEveryDepth)
 	EXPECT_TRUE(DeepFirst->IsGarbage());
 	EXPECT_FALSE(DeepSecond->IsGarbage());
 
-	// Unnamed objects take the next free number of their class name, below an asset or deeper.
-	EXPECT_EQ(Utf8(NewObject<UMaterial>(Again)->GetName()), "Material_0");
-	EXPECT_EQ(Utf8(NewObject<UMaterial>(Again)->GetName()), "Material_1");
+	// Unnamed objects take the next number of their class's counter, whatever their outer, skipping a
+	// name that is taken; none replaces another.
+	const int32 Next = UMaterial::StaticClass()->ClassUnique;
+	NewObject<UMaterial>(Again, FName(TEXT("Material"), Next + 2));
+	EXPECT_EQ(Utf8(NewObject<UMaterial>(Again)->GetName()), "Material_" + std::to_string(Next));
+	EXPECT_EQ(Utf8(NewObject<UMaterial>(Again)->GetName()), "Material_" + std::to_string(Next + 2));
 	UMaterial* NestedFirst = NewObject<UMaterial>(Second);
 	UMaterial* NestedSecond = NewObject<UMaterial>(Second);
-	EXPECT_EQ(Utf8(NestedFirst->GetName()), "Material_0");
-	EXPECT_EQ(Utf8(NestedSecond->GetName()), "Material_1");
+	EXPECT_EQ(Utf8(NestedFirst->GetName()), "Material_" + std::to_string(Next + 3));
+	EXPECT_EQ(Utf8(NestedSecond->GetName()), "Material_" + std::to_string(Next + 4));
 	EXPECT_FALSE(NestedFirst->IsGarbage());
 
 	// A new editor starts without the objects of the last one; rooted objects and classes stay.

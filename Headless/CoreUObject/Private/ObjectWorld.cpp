@@ -498,11 +498,14 @@ static FString PathBelowOuter(const FString& OuterPath, const UObject* Outer, FN
 
 FName MakeUniqueObjectName(UObject* Outer, const UClass* Class, FName BaseName)
 {
+	// As in the engine, the numbers come from one counter per class, whatever the outer, so that making many
+	// objects never searches through the names already taken.
 	const FName Base = BaseName.IsNone() ? Class->GetFName() : BaseName;
 	const FString OuterPath = Outer ? Outer->GetPathName() : FString();
-	for (int32 Number = 0;; ++Number)
+	UClass* MutableClass = const_cast<UClass*>(Class);
+	for (;;)
 	{
-		const FName Candidate(Base, NAME_EXTERNAL_TO_INTERNAL(Number));
+		const FName Candidate(Base, ++MutableClass->ClassUnique);
 		const FString Path = PathBelowOuter(OuterPath, Outer, Candidate);
 		if (!UE::Headless::FindObjectIncludingGarbage(Path))
 		{

@@ -52,6 +52,9 @@ public:
 	[[nodiscard]] EClassFlags GetClassFlags() const { return ClassFlags; }
 	[[nodiscard]] FConstructFunction GetConstructFunction() const { return ConstructFunction; }
 
+	// The number the last generated unique object name of this class took; it only grows.
+	int32 ClassUnique = 0;
+
 private:
 	friend struct UE::Headless::Private::FObjectAccess;
 
