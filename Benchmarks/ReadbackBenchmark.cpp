@@ -1,8 +1,8 @@
 // The readback of large assemblies, against a floor: one bare pass over the same node list that counts the
 // nodes of each part. Measured twice: the whole nanite_assembly_info call from Lua (path completion, the
 // look-up of the loaded mesh, the result table, the log line) and the readback alone.
+#include "BenchmarkEditor.h"
 #include "RatioReporter.h"
-#include "TestProject.h"
 
 #include "Engine/StaticMesh.h"
 #include "Headless/StringUtils.h"
@@ -15,7 +15,6 @@
 
 #include <cstdio>
 #include <map>
-#include <memory>
 #include <string>
 #include <utility>
 
@@ -29,18 +28,14 @@ namespace
 
 	const FAssemblySize Sizes[] = { { 1, 1000 }, { 100, 100000 }, { 1000, 1000000 } };
 
-	// One editor for the whole run, with one assembly mesh of each size loaded in memory.
-	class FReadbackFixture
+	// One assembly mesh of each size, loaded in memory in the benchmark editor.
+	class FAssemblyMeshes
 	{
 	public:
-		static FReadbackFixture& Get()
+		static UStaticMesh& Get(const FAssemblySize& Size)
 		{
-			static FReadbackFixture Fixture;
-			return Fixture;
-		}
-
-		UStaticMesh& Mesh(const FAssemblySize& Size)
-		{
+			static std::map<std::pair<int64_t, int64_t>, UStaticMesh*> Meshes;
+			FBenchmarkEditor::Get();
 			const std::pair<int64_t, int64_t> Key(Size.Parts, Size.Nodes);
 			auto Found = Meshes.find(Key);
 			if (Found == Meshes.end())
@@ -55,19 +50,7 @@ namespace
 			return "/Game/Bench/SM_Assembly_" + std::to_string(Size.Parts) + "_" + std::to_string(Size.Nodes);
 		}
 
-		FTestSession& Session() { return *LuaSession; }
-
 	private:
-		FReadbackFixture()
-		{
-			if (!Project.Start())
-			{
-				std::fprintf(stderr, "the headless editor did not start\n");
-				std::exit(1);
-			}
-			LuaSession = std::make_unique<FTestSession>(Project);
-		}
-
 		static UStaticMesh* MakeMesh(const FAssemblySize& Size)
 		{
 			const FString PackagePath = UE::Headless::FromUtf8(PathOf(Size));
@@ -93,10 +76,6 @@ namespace
 			Mesh->SetNaniteSettings(Settings);
 			return Mesh;
 		}
-
-		FTestProject Project;
-		std::unique_ptr<FTestSession> LuaSession;
-		std::map<std::pair<int64_t, int64_t>, UStaticMesh*> Meshes;
 	};
 
 	FAssemblySize SizeOf(const benchmark::State& State)
@@ -106,14 +85,10 @@ namespace
 
 	void BM_InfoVerb(benchmark::State& State)
 	{
-		FReadbackFixture& Fixture = FReadbackFixture::Get();
 		const FAssemblySize Size = SizeOf(State);
-		Fixture.Mesh(Size);
-		lua_State* L = Fixture.Session().GetLuaState();
-		const std::string Chunk = "local path = ... return function() return nanite_assembly_info(path) end";
-		luaL_loadbuffer(L, Chunk.c_str(), Chunk.size(), "=bench");
-		lua_pushstring(L, FReadbackFixture::PathOf(Size).c_str());
-		lua_call(L, 1, 1);
+		FAssemblyMeshes::Get(Size);
+		lua_State* L = FBenchmarkEditor::Get().Lua();
+		FBenchmarkEditor::Get().PushChunkResult("local path = ... return function() return nanite_assembly_info(path) end", FAssemblyMeshes::PathOf(Size));
 		const int Call = lua_gettop(L);
 		for (auto _ : State)
 		{
@@ -137,10 +112,8 @@ namespace
 
 	void BM_WriteReadback(benchmark::State& State)
 	{
-		FReadbackFixture& Fixture = FReadbackFixture::Get();
-		UStaticMesh& Mesh = Fixture.Mesh(SizeOf(State));
-		lua_State* L = Fixture.Session().GetLuaState();
-		sol::state_view Lua(L);
+		UStaticMesh& Mesh = FAssemblyMeshes::Get(SizeOf(State));
+		sol::state_view Lua(FBenchmarkEditor::Get().Lua());
 		for (auto _ : State)
 		{
 			sol::table Result = Lua.create_table();
@@ -154,7 +127,7 @@ namespace
 	// The floor: the node counts per part, and nothing else.
 	void BM_FloorNodePass(benchmark::State& State)
 	{
-		const FNaniteAssemblyData& Data = FReadbackFixture::Get().Mesh(SizeOf(State)).GetNaniteSettings().NaniteAssemblyData;
+		const FNaniteAssemblyData& Data = FAssemblyMeshes::Get(SizeOf(State)).GetNaniteSettings().NaniteAssemblyData;
 		for (auto _ : State)
 		{
 			TArray<int64> Counts;
