@@ -74,6 +74,7 @@ namespace UE::Headless::Private
 			{
 				Object->ClearFlags(RF_Public | RF_Standalone);
 				Object->MarkAsGarbage();
+				Dropped.push_back(Object);
 			}
 		}
 		Objects = std::move(Kept);

@@ -32,11 +32,13 @@ namespace UE::Headless::Private
 		static std::u16string MakeKey(FStringView PathName);
 
 		// Drops every object but the rooted ones and the classes' script packages, as a new editor process
-		// would start without them. Dropped objects stay allocated but can no longer be found.
+		// would start without them. Dropped objects stay allocated (whoever still points at one may read it)
+		// but can no longer be found.
 		void DropUnrootedObjects();
 
 	private:
 		std::vector<UObject*> Objects;
+		std::vector<UObject*> Dropped;
 		std::unordered_map<std::u16string, std::vector<UObject*>> ByPath;
 	};
 
