@@ -158,22 +158,33 @@ TEST_F(RequestReaderTest, ProxiesAreReadThroughIndexAndLen)
 		<< Error;
 	EXPECT_EQ(Request.Parts[0].Transforms[0].GetTranslation(), FVector(0.0, 7.0, 0.0));
 
-	// A table with fields of its own and a metatable: __index is asked only for the keys the table lacks,
-	// once each, in the order the keys are accepted; its own fields are still checked and read.
+	// A table with fields of its own and a metatable: its fields are looked up one by one as the reading
+	// comes to them, so __index is asked only for what the table lacks, in reading order (translation
+	// only where location is absent; the rotation form test asks all six keys, then the chosen three are
+	// read again).
 	Request = FNaniteAssemblyBuildRequest();
-	ASSERT_TRUE(Read(std::string("{ output = '/Game/P', parts = { { mesh = ") + Cube
-			+ ", transforms = { setmetatable({ location = { x = 1 } }, { __index = function(_, k) Asked = (Asked or '') .. k .. ','"
-			  " return k == 'scale' and 2 or nil end }) } } } }",
+	const std::string Recorder = "{ __index = function(_, k) Asked = (Asked or '') .. k .. ',' return k == 'scale' and 2 or nil end }";
+	ASSERT_TRUE(Read(std::string("{ output = '/Game/P', parts = { { mesh = ") + Cube + ", transforms = { setmetatable({ location = { x = 1 } }, " + Recorder
+			+ "), setmetatable({ rotation = setmetatable({ yaw = 5 }, " + Recorder + ") }, " + Recorder + ") } } } }",
 		Request, Error))
 		<< Error;
 	EXPECT_EQ(Request.Parts[0].Transforms[0].GetTranslation(), FVector(1.0, 0.0, 0.0));
 	EXPECT_EQ(Request.Parts[0].Transforms[0].GetScale3D(), FVector(2.0, 2.0, 2.0));
+	EXPECT_EQ(Request.Parts[0].Transforms[1].GetRotation(), FRotator(0.0, 5.0, 0.0).Quaternion());
 	lua_getglobal(L, "Asked");
-	EXPECT_EQ(std::string(lua_tostring(L, -1)), "translation,rotation,scale,");
+	EXPECT_EQ(std::string(lua_tostring(L, -1)), "rotation,scale,location,translation,pitch,roll,x,y,z,pitch,roll,scale,");
 	lua_pop(L, 1);
-	EXPECT_EQ(Read(std::string("{ output = '/Game/P', parts = { { mesh = ") + Cube
-			+ ", transforms = { setmetatable({ location = {}, Scale = 1 }, { __index = function() return 1 end }) } } } }",
-		Request, Error),
+
+	// A fault ends the reading before later fields are looked up: a failing __index is never reached.
+	const std::string Boom = "{ __index = function(_, k) error('boom ' .. k, 0) end }";
+	EXPECT_EQ(ReadError(std::string("{ output = '/Game/P', parts = { { mesh = ") + Cube + ", transforms = { setmetatable({ location = 5 }, " + Boom + ") } } } }"),
+		"nanite_assembly_build parts[1].transforms[1]: 'location' must be a table {x,y,z}");
+	EXPECT_EQ(ReadError(std::string("{ output = '/Game/P', parts = { { mesh = ") + Cube + ", transforms = { { location = setmetatable({ x = '1' }, " + Boom
+				  + ") } } } } }"),
+		"nanite_assembly_build parts[1].transforms[1].location: 'x' must be a number");
+	EXPECT_EQ(Read(std::string("{ output = '/Game/P', parts = { { mesh = ") + Cube + ", transforms = { setmetatable({ location = {}, Scale = 1 }, " + Boom
+				  + ") } } } }",
+				  Request, Error),
 		false);
 	EXPECT_EQ(Error, "nanite_assembly_build parts[1].transforms[1]: unknown key 'Scale' (accepted: location|translation|rotation|scale)");
 }

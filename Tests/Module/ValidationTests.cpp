@@ -1,10 +1,13 @@
 // Validation cases that no script can reach through the reader, and the plan that validation fills.
 #include "Build/NaniteAssemblyValidation.h"
 #include "Engine/StaticMesh.h"
+#include "Headless/StaticMeshGeometry.h"
 #include "Headless/StringUtils.h"
 #include "Materials/MaterialInterface.h"
 #include "Request/NaniteAssemblyBuildRequest.h"
 #include "TestProject.h"
+#include "UObject/Package.h"
+#include "UObject/UObjectGlobals.h"
 
 #include <gtest/gtest.h>
 
@@ -120,4 +123,28 @@ TEST_F(ValidationTest, APlanHoldsTheResolvedPartsAndTheOutputNames)
 	ASSERT_EQ(Plan.Parts[1].MergeOptions.MaterialOverrides.Num(), 2);
 	EXPECT_EQ(ToUtf8(Plan.Parts[1].MergeOptions.MaterialOverrides[0]->GetPathName()), "/Engine/BasicShapes/BasicShapeMaterial.BasicShapeMaterial");
 	EXPECT_EQ(Plan.Parts[1].MergeOptions.MaterialOverrides[0].Get(), Plan.Parts[1].MergeOptions.MaterialOverrides[1].Get());
+}
+
+// A part in any package flagged transient cannot be reloaded by the build, like one in the transient
+// package itself; a mesh's own transient flag in an ordinary package does not decide it.
+TEST_F(ValidationTest, PartsInTransientPackagesAreRefused)
+{
+	UPackage* Scratch = CreatePackage(TEXT("/Game/Validation/Scratch"));
+	Scratch->SetFlags(RF_Transient);
+	NewObject<UStaticMesh>(Scratch, FName(TEXT("Scratch")), RF_Public | RF_Standalone);
+	UPackage* Ordinary = CreatePackage(TEXT("/Game/Validation/Ordinary"));
+	UStaticMesh* Flagged = NewObject<UStaticMesh>(Ordinary, FName(TEXT("Ordinary")), RF_Public | RF_Standalone | RF_Transient);
+	UE::Headless::GetMeshGeometry(*Flagged) = UE::Headless::MakeBasicShapeGeometry(UE::Headless::EBasicShape::Cube, FName(TEXT("Slot")));
+
+	FNaniteAssemblyBuildRequest Request;
+	Request.Output = TEXT("/Game/Validation/SM_FromScratch");
+	Request.Parts.Add(CubePart(1));
+	Request.Parts[0].MeshPath = TEXT("/Game/Validation/Scratch");
+	EXPECT_EQ(Refusal(Request),
+		"parts[1]: '/Game/Validation/Scratch.Scratch' lives in a transient package and could not be reloaded by the assembly build");
+
+	Request.Parts[0].MeshPath = TEXT("/Game/Validation/Ordinary");
+	FNaniteAssemblyBuildPlan Plan;
+	FString Error;
+	EXPECT_TRUE(ValidateNaniteAssemblyRequest(Request, Plan, Error)) << ToUtf8(Error);
 }

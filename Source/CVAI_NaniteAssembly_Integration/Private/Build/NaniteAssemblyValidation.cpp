@@ -104,7 +104,8 @@ namespace
 			}
 			return false;
 		}
-		if (Mesh->GetOutermost() == GetTransientPackage() || Mesh->HasAnyFlags(RF_Transient))
+		const UPackage* MeshPackage = Mesh->GetOutermost();
+		if (MeshPackage == GetTransientPackage() || (MeshPackage && MeshPackage->HasAnyFlags(RF_Transient)))
 		{
 			OutError = FString::Printf(TEXT("%s: '%s' lives in a transient package and could not be reloaded by the assembly build"), *Label, *Mesh->GetPathName());
 			return false;

@@ -107,39 +107,25 @@ namespace
 		return false;
 	}
 
-	// Gathers the values of the accepted keys of the value at Index: Record(KeyIndex) sees each one at the
-	// top of the stack, and IsGathered(KeyIndex) tells whether a key already has its value. A table's keys
-	// are walked (and checked) without metamethods, which also gives every value it holds itself; those are
-	// exactly what lua_getfield would return. Only the keys it lacks are then looked up through __index, when
-	// it has a metatable. A userdata has no keys to check: every value comes through __index.
-	template <typename RecordType, typename IsGatheredType>
-	bool GatherValues(lua_State* L, int Index, TConstArrayView<const ANSICHAR*> AcceptedKeys, const FNaniteAssemblyContextPath& ContextPath,
-		RecordType&& Record, IsGatheredType&& IsGathered, FString& OutError)
+	// Checks the keys of the value at Index (when it is a table) and, for a plain table, hands each accepted
+	// key's value to Record in the same walk. Returns through bOutFetchLazily whether the values must be
+	// fetched one by one instead, when the reader comes to them: a table with a metatable, or a userdata,
+	// whose __index may answer differently (or fail) depending on what was asked before.
+	template <typename RecordType>
+	bool WalkAndRecord(lua_State* L, int Index, TConstArrayView<const ANSICHAR*> AcceptedKeys, const FNaniteAssemblyContextPath& ContextPath,
+		RecordType&& Record, bool& bOutFetchLazily, FString& OutError)
 	{
-		const bool bIsTable = lua_type(L, Index) == LUA_TTABLE;
-		if (bIsTable && !WalkKeys(L, Index, AcceptedKeys, ContextPath, Record, OutError))
+		if (lua_type(L, Index) != LUA_TTABLE)
 		{
-			return false;
-		}
-		bool bAllGathered = true;
-		for (int32 KeyIndex = 0; KeyIndex < AcceptedKeys.Num(); ++KeyIndex)
-		{
-			bAllGathered &= IsGathered(KeyIndex);
-		}
-		if (bAllGathered || (bIsTable && !HasMetatable(L, Index)))
-		{
+			bOutFetchLazily = true;
 			return true;
 		}
-		for (int32 KeyIndex = 0; KeyIndex < AcceptedKeys.Num(); ++KeyIndex)
+		bOutFetchLazily = HasMetatable(L, Index);
+		if (bOutFetchLazily)
 		{
-			if (!IsGathered(KeyIndex))
-			{
-				NaniteAssemblyPushField(L, Index, AcceptedKeys[KeyIndex]);
-				Record(KeyIndex);
-				lua_pop(L, 1);
-			}
+			return WalkKeys(L, Index, AcceptedKeys, ContextPath, IgnoreValue, OutError);
 		}
-		return true;
+		return WalkKeys(L, Index, AcceptedKeys, ContextPath, Record, OutError);
 	}
 }
 
@@ -159,7 +145,9 @@ bool CheckOnlyKnownKeys(const sol::stack_object& Value, TConstArrayView<const AN
 bool FNaniteAssemblyFields::Gather(const sol::stack_object& Table, TConstArrayView<const ANSICHAR*> AcceptedKeys,
 	const FNaniteAssemblyContextPath& ContextPath, FString& OutError)
 {
-	lua_State* L = Table.lua_state();
+	L = Table.lua_state();
+	TableIndex = Table.stack_index();
+	Keys = AcceptedKeys;
 	NaniteAssemblyReserveStack(L, AcceptedKeys.Num() + 2);
 	FirstSlot = lua_gettop(L) + 1;
 	for (int32 KeyIndex = 0; KeyIndex < AcceptedKeys.Num(); ++KeyIndex)
@@ -167,35 +155,63 @@ bool FNaniteAssemblyFields::Gather(const sol::stack_object& Table, TConstArrayVi
 		lua_pushnil(L);
 	}
 	const int First = FirstSlot;
-	return GatherValues(
-		L, Table.stack_index(), AcceptedKeys, ContextPath, [L, First](int32 KeyIndex) { lua_copy(L, -1, First + KeyIndex); },
-		[L, First](int32 KeyIndex) { return lua_type(L, First + KeyIndex) != LUA_TNIL; }, OutError);
+	lua_State* State = L;
+	return WalkAndRecord(
+		L, TableIndex, AcceptedKeys, ContextPath, [State, First](int32 KeyIndex) { lua_copy(State, -1, First + KeyIndex); }, bFetchLazily, OutError);
+}
+
+int FNaniteAssemblyFields::Fetch(int32 KeyIndex) const
+{
+	if (bFetchLazily)
+	{
+		NaniteAssemblyPushField(L, TableIndex, Keys[KeyIndex]);
+		lua_replace(L, Slot(KeyIndex));
+	}
+	return lua_type(L, Slot(KeyIndex));
 }
 
 bool FNaniteAssemblyNumbers::Gather(const sol::stack_object& Table, TConstArrayView<const ANSICHAR*> AcceptedKeys,
 	const FNaniteAssemblyContextPath& ContextPath, FString& OutError)
 {
 	check(AcceptedKeys.Num() <= MaxKeys);
-	lua_State* L = Table.lua_state();
+	L = Table.lua_state();
+	TableIndex = Table.stack_index();
+	Keys = AcceptedKeys;
 	NaniteAssemblyReserveStack(L, 2);
 	for (int32 KeyIndex = 0; KeyIndex < AcceptedKeys.Num(); ++KeyIndex)
 	{
 		Types[KeyIndex] = LUA_TNIL;
 	}
-	auto Record = [this, L](int32 KeyIndex)
+	lua_State* State = L;
+	auto Record = [this, State](int32 KeyIndex)
 	{
-		Types[KeyIndex] = lua_type(L, -1);
+		Types[KeyIndex] = lua_type(State, -1);
 		if (Types[KeyIndex] == LUA_TNUMBER)
 		{
-			Values[KeyIndex] = (double)lua_tonumberx(L, -1, nullptr);
+			Values[KeyIndex] = (double)lua_tonumberx(State, -1, nullptr);
 		}
 	};
-	return GatherValues(L, Table.stack_index(), AcceptedKeys, ContextPath, Record, [this](int32 KeyIndex) { return Types[KeyIndex] != LUA_TNIL; }, OutError);
+	return WalkAndRecord(L, TableIndex, AcceptedKeys, ContextPath, Record, bFetchLazily, OutError);
+}
+
+bool FNaniteAssemblyNumbers::IsPresent(int32 KeyIndex) const
+{
+	if (!bFetchLazily)
+	{
+		return Types[KeyIndex] != LUA_TNIL;
+	}
+	const int Type = NaniteAssemblyPushField(L, TableIndex, Keys[KeyIndex]);
+	lua_pop(L, 1);
+	return Type != LUA_TNIL;
 }
 
 bool FNaniteAssemblyNumbers::Read(int32 FirstKey, const ANSICHAR* const* KeyNames, int32 Count, const double* Defaults, double* OutValues,
 	const FNaniteAssemblyContextPath& ContextPath, FString& OutError) const
 {
+	if (bFetchLazily)
+	{
+		return ReadNumberFields(sol::stack_object(L, TableIndex), KeyNames, Count, OutValues, Defaults, ContextPath, OutError);
+	}
 	for (int32 FieldIndex = 0; FieldIndex < Count; ++FieldIndex)
 	{
 		const int32 Key = FirstKey + FieldIndex;

@@ -21,26 +21,33 @@ bool ReadNumberFields(const sol::stack_object& Table, const ANSICHAR* const* Key
 // Reads an optional boolean of the build argument's top level; nil keeps the value the caller set.
 bool ReadOptionalBool(const sol::stack_object& Table, const ANSICHAR* KeyName, bool& InOutValue, FString& OutError);
 
-// The values of a table's accepted keys, gathered once, each on the Lua stack in its own slot (nil when the
-// key is absent). The keys are checked as CheckOnlyKnownKeys checks them, and that walk also gives every value
-// the table holds itself; a key it lacks is then looked up through __index when the table has a metatable,
-// and a userdata gives every value through __index. Either way a slot holds what lua_getfield would return,
-// so readers built on it behave as the field-by-field readers above, with one pass over a table.
+// The values of a table's accepted keys, each in its own Lua stack slot. Gather checks the keys as
+// CheckOnlyKnownKeys does; for a plain table the same walk also fills every slot, since nothing can run
+// when its fields are read. For a table with a metatable (or a userdata) each value is fetched with
+// lua_getfield only when the reader asks for it, so that __index sees exactly the look-ups, in the order,
+// that reading field by field would make. Either way Fetch gives what lua_getfield would return.
 class FNaniteAssemblyFields
 {
 public:
 	bool Gather(const sol::stack_object& Table, TConstArrayView<const ANSICHAR*> AcceptedKeys, const FNaniteAssemblyContextPath& ContextPath, FString& OutError);
 
+	// Brings the value of the accepted key at KeyIndex into its slot and returns its Lua type.
+	int Fetch(int32 KeyIndex) const;
+
 	// The stack index of the slot of the accepted key at KeyIndex.
 	[[nodiscard]] int Slot(int32 KeyIndex) const { return FirstSlot + KeyIndex; }
-	[[nodiscard]] int Type(lua_State* L, int32 KeyIndex) const { return lua_type(L, Slot(KeyIndex)); }
 
 private:
+	lua_State* L = nullptr;
+	int TableIndex = 0;
+	TConstArrayView<const ANSICHAR*> Keys;
 	int FirstSlot = 0;
+	bool bFetchLazily = false;
 };
 
-// The same for a table of numbers, without stack slots: each accepted key's Lua type, and its value when it
-// is a number, kept on the C++ side. Read then judges them as ReadNumberFields does, in list order.
+// The same for a table of numbers, without stack slots: a plain table's values are kept on the C++ side
+// (each key's Lua type, and its value when it is a number); Read then judges them as ReadNumberFields does,
+// in list order. For a table with a metatable or a userdata, IsPresent and Read fetch as they go.
 class FNaniteAssemblyNumbers
 {
 public:
@@ -48,13 +55,18 @@ public:
 
 	bool Gather(const sol::stack_object& Table, TConstArrayView<const ANSICHAR*> AcceptedKeys, const FNaniteAssemblyContextPath& ContextPath, FString& OutError);
 
-	[[nodiscard]] bool IsPresent(int32 KeyIndex) const { return Types[KeyIndex] != LUA_TNIL; }
+	// Whether the accepted key at KeyIndex holds anything but nil.
+	[[nodiscard]] bool IsPresent(int32 KeyIndex) const;
 
-	// Count keys from FirstKey on; nil takes the default.
+	// Count keys from FirstKey on, named KeyNames; nil takes the default.
 	bool Read(int32 FirstKey, const ANSICHAR* const* KeyNames, int32 Count, const double* Defaults, double* OutValues,
 		const FNaniteAssemblyContextPath& ContextPath, FString& OutError) const;
 
 private:
+	lua_State* L = nullptr;
+	int TableIndex = 0;
+	TConstArrayView<const ANSICHAR*> Keys;
+	bool bFetchLazily = false;
 	int Types[MaxKeys] = {};
 	double Values[MaxKeys] = {};
 };

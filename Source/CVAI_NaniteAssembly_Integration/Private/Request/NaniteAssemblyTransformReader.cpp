@@ -34,8 +34,13 @@ namespace
 	// "translation" is only an alias: it is looked at when "location" is nil, and named as location.
 	bool ReadLocation(lua_State* L, const FNaniteAssemblyFields& Fields, const FNaniteAssemblyContextPath& Path, FVector& OutLocation, FString& OutError)
 	{
-		const int32 Key = Fields.Type(L, Location) != LUA_TNIL ? Location : Translation;
-		const int Type = Fields.Type(L, Key);
+		int32 Key = Location;
+		int Type = Fields.Fetch(Location);
+		if (Type == LUA_TNIL)
+		{
+			Key = Translation;
+			Type = Fields.Fetch(Translation);
+		}
 		if (Type == LUA_TNIL)
 		{
 			return true;
@@ -51,7 +56,7 @@ namespace
 
 	bool ReadRotation(lua_State* L, const FNaniteAssemblyFields& Fields, const FNaniteAssemblyContextPath& Path, FRotator& OutRotation, FString& OutError)
 	{
-		const int Type = Fields.Type(L, Rotation);
+		const int Type = Fields.Fetch(Rotation);
 		if (Type == LUA_TNIL)
 		{
 			return true;
@@ -73,7 +78,10 @@ namespace
 		for (int32 Key = 0; Key < 3; ++Key)
 		{
 			bRotatorForm |= Angles.IsPresent(Key);
-			bEulerForm |= Angles.IsPresent(Key + 3);
+		}
+		for (int32 Key = 3; Key < 6; ++Key)
+		{
+			bEulerForm |= Angles.IsPresent(Key);
 		}
 		double Values[3];
 		if (!bEulerForm)
@@ -101,7 +109,7 @@ namespace
 
 	bool ReadScale(lua_State* L, const FNaniteAssemblyFields& Fields, const FNaniteAssemblyContextPath& Path, FVector& OutScale, FString& OutError)
 	{
-		const int Type = Fields.Type(L, Scale);
+		const int Type = Fields.Fetch(Scale);
 		if (Type == LUA_TNIL)
 		{
 			return true;
