@@ -81,6 +81,12 @@ for _, r in ipairs({ result, again }) do
 	expect.eq(r.nodes_truncated, nil, "a build result has no nodes_truncated")
 end
 
+-- Overwrite allowed but nothing there yet: the output is created.
+local fresh = nanite_assembly_build{ output = "/Game/Results/SM_Fresh", overwrite = true, parts = { { mesh = cube, transforms = { {} } } } }
+expect.eq(fresh.ok, true, "overwrite of nothing " .. tostring(fresh.error))
+expect.eq(fresh.created, true, "overwrite of nothing: created")
+expect.eq(fresh.overwritten, false, "overwrite of nothing: not overwritten")
+
 -- Without a compile wait the result says so; the editor's tick finishes the build.
 local quick = nanite_assembly_build{ output = "/Game/Results/SM_Quick", wait_for_compile = false, parts = { { mesh = cube, transforms = { {} } } } }
 expect.eq(quick.ok, true, "quick " .. tostring(quick.error))

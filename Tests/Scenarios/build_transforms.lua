@@ -16,6 +16,8 @@ local transforms = {
 	{ scale = { z = 3 } },
 	{ location = { x = 3, y = -4.5 }, scale = { x = 0.5, y = 0.25 } },
 	{ rotation = { yaw = 370 } },
+	{ scale = 0 },
+	{ scale = { x = -1 }, rotation = { pitch = 720, roll = -400 } },
 }
 local result = nanite_assembly_build{
 	output = "/Game/Transforms/SM_All",
@@ -52,6 +54,10 @@ near3(nodes[12].scale, 1, 1, 3, "per-axis scale with defaults")
 near3(nodes[13].location, 3, -4.5, 0, "integers and fractions")
 near3(nodes[13].scale, 0.5, 0.25, 1, "fractional scale")
 near3(nodes[14].rotation, 0, 10, 0, "yaw 370 is yaw 10")
+-- Magnitudes are not judged: a zero or negative scale and any angle are taken as they are.
+near3(nodes[15].scale, 0, 0, 0, "zero scale")
+near3(nodes[16].scale, -1, 1, 1, "negative scale")
+near3(nodes[16].rotation, 0, 0, -40, "pitch 720 and roll -400")
 
 -- Merge words in any letter case, but not trimmed.
 local merged = nanite_assembly_build{ output = "/Game/Transforms/SM_Merge", parts = {
@@ -59,8 +65,9 @@ local merged = nanite_assembly_build{ output = "/Game/Transforms/SM_Merge", part
 	{ mesh = "/Engine/BasicShapes/Sphere", transforms = { {} }, material_merge = "Material_Indices" },
 	{ mesh = "/Engine/BasicShapes/Cone", transforms = { {} }, material_merge = "identical_materials",
 		material_overrides = { "/Engine/BasicShapes/BasicShapeMaterial" } },
+	{ mesh = "/Engine/BasicShapes/Cylinder", transforms = { {} }, material_overrides = {} },
 } }
 expect.eq(merged.ok, true, "merge words " .. tostring(merged.error))
-expect.eq(merged.part_count, 3, "three parts")
+expect.eq(merged.part_count, 4, "four parts, one with an empty override list")
 
 expect.finish()

@@ -43,7 +43,24 @@ for _ in pairs(refusal) do
 end
 expect.eq(count, 2, "a refusal holds ok and error only")
 
--- A path whose last segment ends in '.' names an empty object name, and is looked up as it stands.
+-- A missing mesh is looked up exactly twice (as given, then as an object path): the engine warns once per
+-- look-up. A path whose last segment ends in '.' is looked up as it stands both times.
+local function lookups_of(path)
+	local before = #headless.engine_log()
+	nanite_assembly_info(path)
+	local lines = {}
+	for index, line in ipairs(headless.engine_log()) do
+		if index > before and line:find("Failed to find object", 1, true) then
+			lines[#lines + 1] = line
+		end
+	end
+	return lines
+end
+local lookups = lookups_of("Meshes/Missing")
+expect.eq(#lookups, 2, "two look-ups of a missing mesh")
+lookups = lookups_of("/Game/Meshes/SM_Rock.")
+expect.eq(#lookups, 2, "two look-ups of a trailing-dot path")
+expect.eq(lookups[1], lookups[2], "the trailing-dot path is looked up as it stands both times")
 expect.eq(nanite_assembly_info("/Game/Meshes/SM_Rock.").ok, false, "trailing dot is kept")
 
 expect.finish()

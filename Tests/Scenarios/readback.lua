@@ -61,6 +61,7 @@ packages.write_mesh("/Game/Readback/SM_Transforms", {
 		{ part = 0 },
 		{ part = 0, space = 1, location = { 1.5, -2, 3 }, scale = { 2, 3, 4 } },
 		{ part = 0, rotation = { 0, 0, s, s } },
+		{ part = 0, space = 2 },
 	},
 })
 info = nanite_assembly_info("/Game/Readback/SM_Transforms")
@@ -82,6 +83,7 @@ for axis, value in pairs({ x = 1, y = 1, z = 1 }) do
 end
 expect.eq(node.transform_space, "local", "identity space")
 expect.eq(info.nodes[2].transform_space, "bone_relative", "bone-relative space")
+expect.eq(info.nodes[4].transform_space, "bone_relative", "any space but local reads bone-relative")
 expect.eq(info.nodes[2].location.x, 1.5, "location x")
 expect.eq(info.nodes[2].location.y, -2, "location y")
 expect.eq(info.nodes[2].scale.z, 4, "scale z")
@@ -102,6 +104,33 @@ expect.eq(info.nanite_enabled, false, "nanite off")
 expect.eq(info.nanite_settings_enabled, false, "stored setting off")
 expect.eq(info.assembly_data_valid, true, "data still valid")
 expect.eq(info.is_assembly, false, "not an assembly with Nanite off")
+
+-- Nodes without parts: listed as stored, counted by no part, and no valid assembly data.
+packages.write_mesh("/Game/Readback/SM_NoParts", { nanite = true, parts = {}, nodes = { { part = 0 }, { part = 3 } } })
+info = nanite_assembly_info("/Game/Readback/SM_NoParts")
+expect.eq(info.part_count, 0, "no parts: part_count")
+expect.eq(#info.parts, 0, "no parts: parts")
+expect.eq(info.node_count, 2, "no parts: node_count")
+expect.eq(info.nodes[2].part, 4, "no parts: part of the second node")
+expect.eq(info.assembly_data_valid, false, "no parts: data valid")
+
+-- The stored Nanite setting is reported as stored, even where the engine forces Nanite on.
+headless.set_cvar("r.Nanite.ForceEnableMeshes", 1)
+info = nanite_assembly_info("/Game/Readback/SM_NaniteOff")
+expect.eq(info.nanite_enabled, true, "forced: nanite enabled")
+expect.eq(info.nanite_settings_enabled, false, "forced: stored setting still off")
+headless.set_cvar("r.Nanite.ForceEnableMeshes", 0)
+
+-- The readback needs neither the builder plugin, nor the editor, nor the asset registry.
+headless.set_plugin_enabled("NaniteAssemblyEditorUtils", false)
+headless.set_editor_available(false)
+headless.set_asset_registry_available(false)
+info = nanite_assembly_info("/Game/Readback/SM_256")
+expect.eq(info.ok, true, "without the plugin, the editor and the registry")
+expect.eq(info.node_count, 256, "without the plugin, the editor and the registry: nodes")
+headless.set_plugin_enabled("NaniteAssemblyEditorUtils", true)
+headless.set_editor_available(true)
+headless.set_asset_registry_available(true)
 
 -- Every key of the readback, with its type.
 info = nanite_assembly_info("/Game/Readback/SM_300")
