@@ -6,7 +6,7 @@
 
 #include "Engine/StaticMesh.h"
 #include "Headless/StringUtils.h"
-#include "Inspection/NaniteAssemblyReadback.h"
+#include "Query/NaniteAssemblyReadback.h"
 #include "Misc/PackageName.h"
 #include "UObject/Package.h"
 #include "UObject/UObjectGlobals.h"

@@ -7,7 +7,7 @@ namespace UE::Core::Private
 {
 	namespace
 	{
-		struct FSpec
+		struct FConversion
 		{
 			std::string Flags;
 			int Width = -1;
@@ -16,10 +16,10 @@ namespace UE::Core::Private
 			char Conversion = 0;
 		};
 
-		void AppendPadded(FString& Out, const TCHAR* Text, int32 TextLen, const FSpec& Spec)
+		void AppendPadded(FString& Out, const TCHAR* Text, int32 TextLen, const FConversion& Conversion)
 		{
-			const bool bLeft = Spec.Flags.find('-') != std::string::npos;
-			const int32 Pad = Spec.Width > TextLen ? Spec.Width - TextLen : 0;
+			const bool bLeft = Conversion.Flags.find('-') != std::string::npos;
+			const int32 Pad = Conversion.Width > TextLen ? Conversion.Width - TextLen : 0;
 			if (!bLeft)
 			{
 				for (int32 Index = 0; Index < Pad; ++Index)
@@ -60,20 +60,20 @@ namespace UE::Core::Private
 			}
 		}
 
-		// Formats one numeric conversion with the C library; the spec only ever holds characters we parsed.
-		void AppendNumber(FString& Out, const FSpec& Spec, va_list& Args)
+		// Formats one numeric conversion with the C library; the conversion only ever holds characters we parsed.
+		void AppendNumber(FString& Out, const FConversion& Conversion, va_list& Args)
 		{
-			std::string Format = "%" + Spec.Flags;
-			if (Spec.Width >= 0)
+			std::string Format = "%" + Conversion.Flags;
+			if (Conversion.Width >= 0)
 			{
-				Format += std::to_string(Spec.Width);
+				Format += std::to_string(Conversion.Width);
 			}
-			if (Spec.Precision >= 0)
+			if (Conversion.Precision >= 0)
 			{
-				Format += "." + std::to_string(Spec.Precision);
+				Format += "." + std::to_string(Conversion.Precision);
 			}
 
-			switch (Spec.Conversion)
+			switch (Conversion.Conversion)
 			{
 			case 'd':
 			case 'i':
@@ -82,22 +82,22 @@ namespace UE::Core::Private
 			case 'X':
 			case 'o':
 			{
-				const bool bSigned = Spec.Conversion == 'd' || Spec.Conversion == 'i';
+				const bool bSigned = Conversion.Conversion == 'd' || Conversion.Conversion == 'i';
 				Format += "ll";
-				Format += Spec.Conversion;
+				Format += Conversion.Conversion;
 				long long Wide = 0;
-				if (Spec.Length == "ll" || Spec.Length == "l" || Spec.Length == "j" || Spec.Length == "z" || Spec.Length == "I64")
+				if (Conversion.Length == "ll" || Conversion.Length == "l" || Conversion.Length == "j" || Conversion.Length == "z" || Conversion.Length == "I64")
 				{
 					Wide = va_arg(Args, long long);
 				}
 				else
 				{
 					const int Value = va_arg(Args, int);
-					if (Spec.Length == "h")
+					if (Conversion.Length == "h")
 					{
 						Wide = bSigned ? (long long)(short)Value : (long long)(unsigned short)Value;
 					}
-					else if (Spec.Length == "hh")
+					else if (Conversion.Length == "hh")
 					{
 						Wide = bSigned ? (long long)(signed char)Value : (long long)(unsigned char)Value;
 					}
@@ -120,7 +120,7 @@ namespace UE::Core::Private
 				AppendPrintf(Out, std::string("%p"), va_arg(Args, void*));
 				break;
 			default:
-				Format += Spec.Conversion;
+				Format += Conversion.Conversion;
 				AppendPrintf(Out, Format, va_arg(Args, double));
 				break;
 			}
@@ -152,7 +152,7 @@ namespace UE::Core::Private
 				continue;
 			}
 
-			const TCHAR* SpecStart = Cursor;
+			const TCHAR* ConversionStart = Cursor;
 			++Cursor;
 			if (*Cursor == TEXT('%'))
 			{
@@ -161,19 +161,19 @@ namespace UE::Core::Private
 				continue;
 			}
 
-			FSpec Spec;
+			FConversion Conversion;
 			while (*Cursor == TEXT('-') || *Cursor == TEXT('+') || *Cursor == TEXT(' ') || *Cursor == TEXT('0') || *Cursor == TEXT('#'))
 			{
-				Spec.Flags += (char)*Cursor;
+				Conversion.Flags += (char)*Cursor;
 				++Cursor;
 			}
 			if (*Cursor == TEXT('*'))
 			{
-				Spec.Width = va_arg(Args, int);
-				if (Spec.Width < 0)
+				Conversion.Width = va_arg(Args, int);
+				if (Conversion.Width < 0)
 				{
-					Spec.Flags += '-';
-					Spec.Width = -Spec.Width;
+					Conversion.Flags += '-';
+					Conversion.Width = -Conversion.Width;
 				}
 				++Cursor;
 			}
@@ -181,24 +181,24 @@ namespace UE::Core::Private
 			{
 				while (*Cursor >= TEXT('0') && *Cursor <= TEXT('9'))
 				{
-					Spec.Width = (Spec.Width < 0 ? 0 : Spec.Width) * 10 + (*Cursor - TEXT('0'));
+					Conversion.Width = (Conversion.Width < 0 ? 0 : Conversion.Width) * 10 + (*Cursor - TEXT('0'));
 					++Cursor;
 				}
 			}
 			if (*Cursor == TEXT('.'))
 			{
 				++Cursor;
-				Spec.Precision = 0;
+				Conversion.Precision = 0;
 				if (*Cursor == TEXT('*'))
 				{
-					Spec.Precision = va_arg(Args, int);
+					Conversion.Precision = va_arg(Args, int);
 					++Cursor;
 				}
 				else
 				{
 					while (*Cursor >= TEXT('0') && *Cursor <= TEXT('9'))
 					{
-						Spec.Precision = Spec.Precision * 10 + (*Cursor - TEXT('0'));
+						Conversion.Precision = Conversion.Precision * 10 + (*Cursor - TEXT('0'));
 						++Cursor;
 					}
 				}
@@ -206,26 +206,26 @@ namespace UE::Core::Private
 			while (*Cursor == TEXT('h') || *Cursor == TEXT('l') || *Cursor == TEXT('z') || *Cursor == TEXT('j') || *Cursor == TEXT('I')
 				|| *Cursor == TEXT('6') || *Cursor == TEXT('4'))
 			{
-				Spec.Length += (char)*Cursor;
+				Conversion.Length += (char)*Cursor;
 				++Cursor;
 			}
-			Spec.Conversion = (char)*Cursor;
+			Conversion.Conversion = (char)*Cursor;
 			if (*Cursor)
 			{
 				++Cursor;
 			}
 
-			switch (Spec.Conversion)
+			switch (Conversion.Conversion)
 			{
 			case 's':
 			case 'S':
 			{
-				if (Spec.Length == "h" || Spec.Conversion == 'S')
+				if (Conversion.Length == "h" || Conversion.Conversion == 'S')
 				{
 					const ANSICHAR* Value = va_arg(Args, const ANSICHAR*);
 					const FString Converted(Value ? Value : "(null)");
-					const int32 Len = Spec.Precision >= 0 && Spec.Precision < Converted.Len() ? Spec.Precision : Converted.Len();
-					AppendPadded(Out, *Converted, Len, Spec);
+					const int32 Len = Conversion.Precision >= 0 && Conversion.Precision < Converted.Len() ? Conversion.Precision : Converted.Len();
+					AppendPadded(Out, *Converted, Len, Conversion);
 				}
 				else
 				{
@@ -235,18 +235,18 @@ namespace UE::Core::Private
 						Value = TEXT("(null)");
 					}
 					int32 Len = FCString::Strlen(Value);
-					if (Spec.Precision >= 0 && Spec.Precision < Len)
+					if (Conversion.Precision >= 0 && Conversion.Precision < Len)
 					{
-						Len = Spec.Precision;
+						Len = Conversion.Precision;
 					}
-					AppendPadded(Out, Value, Len, Spec);
+					AppendPadded(Out, Value, Len, Conversion);
 				}
 				break;
 			}
 			case 'c':
 			{
 				const TCHAR Value = (TCHAR)va_arg(Args, int);
-				AppendPadded(Out, &Value, 1, Spec);
+				AppendPadded(Out, &Value, 1, Conversion);
 				break;
 			}
 			case 'd':
@@ -262,11 +262,11 @@ namespace UE::Core::Private
 			case 'g':
 			case 'G':
 			case 'p':
-				AppendNumber(Out, Spec, Args);
+				AppendNumber(Out, Conversion, Args);
 				break;
 			default:
 				// An unknown conversion is copied as it stands.
-				Out.Append(SpecStart, (int32)(Cursor - SpecStart));
+				Out.Append(ConversionStart, (int32)(Cursor - ConversionStart));
 				break;
 			}
 		}

@@ -5,7 +5,7 @@
 #include "Editor.h"
 #include "Engine/StaticMesh.h"
 #include "FileHelpers.h"
-#include "Inspection/NaniteAssemblyPluginStatus.h"
+#include "Query/NaniteAssemblyPluginStatus.h"
 #include "LuaSessionData.h"
 #include "NaniteAssemblyStaticMeshBuilder.h"
 #include "Request/NaniteAssemblyBuildRequest.h"

@@ -1,8 +1,8 @@
 #include "Lua/NaniteAssemblyLuaBindings.h"
 
 #include "Build/NaniteAssemblyBuildVerb.h"
-#include "Inspection/NaniteAssemblyInfoVerb.h"
-#include "Inspection/NaniteAssemblySupportVerb.h"
+#include "Query/NaniteAssemblyInfoVerb.h"
+#include "Query/NaniteAssemblySupportVerb.h"
 #include "LuaSessionData.h"
 
 #include <sol/sol.hpp>

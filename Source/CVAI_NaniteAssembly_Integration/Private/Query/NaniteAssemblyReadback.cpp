@@ -1,4 +1,4 @@
-#include "Inspection/NaniteAssemblyReadback.h"
+#include "Query/NaniteAssemblyReadback.h"
 
 #include "Engine/StaticMesh.h"
 #include "Lua/NaniteAssemblyLuaResult.h"

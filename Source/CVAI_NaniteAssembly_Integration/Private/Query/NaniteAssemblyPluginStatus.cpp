@@ -1,4 +1,4 @@
-#include "Inspection/NaniteAssemblyPluginStatus.h"
+#include "Query/NaniteAssemblyPluginStatus.h"
 
 #include "Interfaces/IPluginManager.h"
 #include "Misc/EngineVersion.h"

@@ -1,8 +1,8 @@
-#include "Inspection/NaniteAssemblyInfoVerb.h"
+#include "Query/NaniteAssemblyInfoVerb.h"
 
 #include "Build/NaniteAssemblyAssetPaths.h"
 #include "Engine/StaticMesh.h"
-#include "Inspection/NaniteAssemblyReadback.h"
+#include "Query/NaniteAssemblyReadback.h"
 #include "Lua/NaniteAssemblyLuaResult.h"
 #include "LuaSessionData.h"
 

@@ -1,6 +1,6 @@
-#include "Inspection/NaniteAssemblySupportVerb.h"
+#include "Query/NaniteAssemblySupportVerb.h"
 
-#include "Inspection/NaniteAssemblyPluginStatus.h"
+#include "Query/NaniteAssemblyPluginStatus.h"
 #include "Lua/NaniteAssemblyLuaResult.h"
 #include "LuaSessionData.h"
 
