@@ -8,22 +8,27 @@
 
 namespace
 {
-	void PushVector(lua_State* L, const FVector3f& Vector)
+	const ANSICHAR* const VectorKeys[] = { "x", "y", "z" };
+	const ANSICHAR* const RotatorKeys[] = { "pitch", "yaw", "roll" };
+
+	// Pushes a table of three named numbers, such as { x =, y =, z = }.
+	void PushThreeNumbers(lua_State* L, const ANSICHAR* const (&Keys)[3], float First, float Second, float Third)
 	{
 		lua_createtable(L, 0, 3);
 		const int Table = lua_gettop(L);
-		SetNaniteAssemblyNumber(L, Table, "x", Vector.X);
-		SetNaniteAssemblyNumber(L, Table, "y", Vector.Y);
-		SetNaniteAssemblyNumber(L, Table, "z", Vector.Z);
+		SetNaniteAssemblyNumber(L, Table, Keys[0], First);
+		SetNaniteAssemblyNumber(L, Table, Keys[1], Second);
+		SetNaniteAssemblyNumber(L, Table, Keys[2], Third);
+	}
+
+	void PushVector(lua_State* L, const FVector3f& Vector)
+	{
+		PushThreeNumbers(L, VectorKeys, Vector.X, Vector.Y, Vector.Z);
 	}
 
 	void PushRotator(lua_State* L, const FRotator3f& Rotator)
 	{
-		lua_createtable(L, 0, 3);
-		const int Table = lua_gettop(L);
-		SetNaniteAssemblyNumber(L, Table, "pitch", Rotator.Pitch);
-		SetNaniteAssemblyNumber(L, Table, "yaw", Rotator.Yaw);
-		SetNaniteAssemblyNumber(L, Table, "roll", Rotator.Roll);
+		PushThreeNumbers(L, RotatorKeys, Rotator.Pitch, Rotator.Yaw, Rotator.Roll);
 	}
 
 	void PushParts(lua_State* L, const FNaniteAssemblyData& Data)

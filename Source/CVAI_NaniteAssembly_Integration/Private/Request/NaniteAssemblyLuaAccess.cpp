@@ -37,25 +37,11 @@ namespace
 		return 1;
 	}
 
-	bool IsPlainTable(lua_State* L, int Index)
-	{
-		if (lua_type(L, Index) != LUA_TTABLE)
-		{
-			return false;
-		}
-		if (lua_getmetatable(L, Index))
-		{
-			lua_pop(L, 1);
-			return false;
-		}
-		return true;
-	}
-
 	int Access(lua_State* L, int Index, const FAccess& Request)
 	{
 		Index = lua_absindex(L, Index);
 		NaniteAssemblyReserveStack(L, 3);
-		if (IsPlainTable(L, Index))
+		if (NaniteAssemblyIsPlainTable(L, Index))
 		{
 			switch (Request.Kind)
 			{
@@ -81,6 +67,20 @@ namespace
 		}
 		return lua_type(L, -1);
 	}
+}
+
+bool NaniteAssemblyIsPlainTable(lua_State* L, int Index)
+{
+	if (lua_type(L, Index) != LUA_TTABLE)
+	{
+		return false;
+	}
+	if (lua_getmetatable(L, Index))
+	{
+		lua_pop(L, 1);
+		return false;
+	}
+	return true;
 }
 
 int NaniteAssemblyPushField(lua_State* L, int Index, const char* Key)

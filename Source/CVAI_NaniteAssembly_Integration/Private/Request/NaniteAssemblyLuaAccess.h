@@ -18,6 +18,9 @@ public:
 	using std::runtime_error::runtime_error;
 };
 
+// A table without a metatable: reading it runs no Lua code, so it may be read directly.
+bool NaniteAssemblyIsPlainTable(lua_State* L, int Index);
+
 // Pushes Value[Key] (honouring __index) and returns its Lua type.
 int NaniteAssemblyPushField(lua_State* L, int Index, const char* Key);
 

@@ -97,16 +97,6 @@ namespace
 		return RefuseNumber(Type, Key, ContextPath, OutError);
 	}
 
-	bool HasMetatable(lua_State* L, int Index)
-	{
-		if (lua_getmetatable(L, Index))
-		{
-			lua_pop(L, 1);
-			return true;
-		}
-		return false;
-	}
-
 	// Checks the keys of the value at Index (when it is a table) and, for a plain table, hands each accepted
 	// key's value to Record in the same walk. Returns through bOutFetchLazily whether the values must be
 	// fetched one by one instead, when the reader comes to them: a table with a metatable, or a userdata,
@@ -115,12 +105,11 @@ namespace
 	bool WalkAndRecord(lua_State* L, int Index, TConstArrayView<const ANSICHAR*> AcceptedKeys, const FNaniteAssemblyContextPath& ContextPath,
 		RecordType&& Record, bool& bOutFetchLazily, FString& OutError)
 	{
+		bOutFetchLazily = !NaniteAssemblyIsPlainTable(L, Index);
 		if (lua_type(L, Index) != LUA_TTABLE)
 		{
-			bOutFetchLazily = true;
 			return true;
 		}
-		bOutFetchLazily = HasMetatable(L, Index);
 		if (bOutFetchLazily)
 		{
 			return WalkKeys(L, Index, AcceptedKeys, ContextPath, IgnoreValue, OutError);
