@@ -474,6 +474,14 @@ FString VARARGS FString::PrintfImpl(const TCHAR* Fmt, ...)
 	return Result;
 }
 
+void VARARGS FString::AppendfImpl(FString& AppendToMe, const TCHAR* Fmt, ...)
+{
+	va_list Args;
+	va_start(Args, Fmt);
+	AppendToMe.Append(UE::Core::Private::FormatV(Fmt, Args));
+	va_end(Args);
+}
+
 uint32 GetTypeHash(const FString& Str)
 {
 	// FNV-1a over the lower-cased characters, so that strings equal under operator== hash alike.

@@ -1,5 +1,6 @@
+// The Nanite console variables that the engine module registers; the renderer's NaniteAssembliesSupported
+// (RenderCore) reads the first two by name.
 #include "HAL/IConsoleManager.h"
-#include "RenderUtils.h"
 
 static TAutoConsoleVariable<int32> CVarNaniteFoliage(TEXT("r.Nanite.Foliage"), 0, TEXT("Whether to enable support for Nanite Foliage"),
 	ECVF_ReadOnly | ECVF_RenderThreadSafe);
@@ -9,8 +10,3 @@ static TAutoConsoleVariable<int32> CVarNaniteAllowAssemblies(TEXT("r.Nanite.Allo
 
 static TAutoConsoleVariable<int32> CVarNaniteForceEnableMeshes(TEXT("r.Nanite.ForceEnableMeshes"), 0,
 	TEXT("Force enables all static meshes to also build Nanite data."), ECVF_ReadOnly | ECVF_RenderThreadSafe);
-
-bool NaniteAssembliesSupported()
-{
-	return CVarNaniteFoliage.GetValueOnAnyThread() != 0 || CVarNaniteAllowAssemblies.GetValueOnAnyThread() != 0;
-}

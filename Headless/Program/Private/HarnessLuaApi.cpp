@@ -4,6 +4,7 @@
 #include "Engine/StaticMesh.h"
 #include "HAL/IConsoleManager.h"
 #include "Headless/CorvaneHost.h"
+#include "Headless/AssetRegistryState.h"
 #include "Headless/EditorRuntime.h"
 #include "Headless/EngineLog.h"
 #include "Headless/Environment.h"

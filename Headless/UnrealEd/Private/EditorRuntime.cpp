@@ -1,6 +1,7 @@
 #include "Headless/EditorRuntime.h"
 
 #include "Editor.h"
+#include "Headless/AssetRegistryState.h"
 #include "Headless/Faults.h"
 #include "Headless/ObjectRegistry.h"
 #include "StaticMeshCompiler.h"

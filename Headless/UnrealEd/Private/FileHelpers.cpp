@@ -1,6 +1,6 @@
 #include "FileHelpers.h"
 
-#include "AssetRegistryState.h"
+#include "Headless/AssetRegistryState.h"
 #include "CoreGlobals.h"
 #include "Headless/Faults.h"
 #include "Headless/ObjectRegistry.h"

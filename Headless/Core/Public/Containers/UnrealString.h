@@ -5,19 +5,13 @@
 #include "Containers/StringView.h"
 #include "HAL/Platform.h"
 #include "Misc/CString.h"
-
-#include <type_traits>
-
-template <typename T>
-struct TIsValidVariadicFunctionArg
-{
-	static constexpr bool value = std::is_arithmetic_v<T> || std::is_enum_v<T> || std::is_pointer_v<T> || std::is_null_pointer_v<T>;
-};
+#include "String/FormatStringSan.h"
 
 class FString
 {
 public:
 	using ElementType = TCHAR;
+	using FmtCharType = TCHAR;
 
 	FString() = default;
 	FString(const FString&) = default;
@@ -124,18 +118,18 @@ public:
 	[[nodiscard]] static CORE_API FString FromInt(int32 Num);
 	[[nodiscard]] static CORE_API FString Join(const TArray<FString>& Items, const TCHAR* Separator);
 
-	[[nodiscard]] static CORE_API FString ConcatFF(const FString& Lhs, const FString& Rhs);
-	[[nodiscard]] static CORE_API FString ConcatFC(const FString& Lhs, const TCHAR* Rhs);
-	[[nodiscard]] static CORE_API FString ConcatCF(const TCHAR* Lhs, const FString& Rhs);
-
-	template <typename FmtType, typename... Types>
-	[[nodiscard]] static FString Printf(const FmtType& Fmt, Types... Args)
+	// The format must be a character array whose conversions fit the arguments (checked when compiling).
+	template <typename... Types>
+	[[nodiscard]] static FString Printf(UE::Core::TCheckedFormatString<FmtCharType, Types...> Fmt, Types... Args)
 	{
-		static_assert(std::is_same_v<std::remove_cv_t<std::remove_all_extents_t<FmtType>>, TCHAR>
-				|| std::is_same_v<std::decay_t<FmtType>, const TCHAR*> || std::is_same_v<std::decay_t<FmtType>, TCHAR*>,
-			"Formatting string must be a TCHAR array.");
-		static_assert((TIsValidVariadicFunctionArg<Types>::value && ...), "Invalid argument(s) passed to FString::Printf");
-		return PrintfImpl((const TCHAR*)Fmt, Args...);
+		return PrintfImpl((const ElementType*)Fmt.FormatString, Args...);
+	}
+
+	template <typename... Types>
+	FString& Appendf(UE::Core::TCheckedFormatString<FmtCharType, Types...> Fmt, Types... Args)
+	{
+		AppendfImpl(*this, (const ElementType*)Fmt.FormatString, Args...);
+		return *this;
 	}
 
 	// Case-insensitive, as the engine's FString comparison operators are.
@@ -160,12 +154,24 @@ public:
 	const TCHAR* end() const { return Data.GetData() + Len(); }
 
 private:
+	// Helpers of the operators and of Printf; private in the engine, as here.
+	[[nodiscard]] static CORE_API FString ConcatFF(const FString& Lhs, const FString& Rhs);
+	[[nodiscard]] static CORE_API FString ConcatFC(const FString& Lhs, const TCHAR* Rhs);
+	[[nodiscard]] static CORE_API FString ConcatCF(const TCHAR* Lhs, const FString& Rhs);
 	static CORE_API FString VARARGS PrintfImpl(const TCHAR* Fmt, ...);
+	static CORE_API void VARARGS AppendfImpl(FString& AppendToMe, const TCHAR* Fmt, ...);
 
 	TArray<TCHAR> Data;
 };
 
 static_assert(sizeof(FString) == 16, "FString is a TArray: pointer, count and capacity");
+
+// An FString handed to a %s conversion must be dereferenced first.
+template <>
+struct UE::Core::Private::FormatStringSan::TIsEngineString<FString>
+{
+	static constexpr bool Value = true;
+};
 
 CORE_API uint32 GetTypeHash(const FString& Str);
 CORE_API FString LexToString(int32 Value);

@@ -10,7 +10,6 @@ struct FMsg
 	template <typename FmtType, typename... Types>
 	static void Logf(const ANSICHAR* File, int32 Line, const FName& Category, ELogVerbosity::Type Verbosity, const FmtType& Fmt, Types... Args)
 	{
-		static_assert((TIsValidVariadicFunctionArg<Types>::value && ...), "Invalid argument(s) passed to UE_LOG");
 		LogfImpl(File, Line, Category, Verbosity, (const TCHAR*)Fmt, Args...);
 	}
 
@@ -34,6 +33,7 @@ struct FMsg
 #define UE_LOG(CategoryName, Verbosity, Format, ...) \
 	do \
 	{ \
+		UE_CHECK_FORMAT_STRING(Format, ##__VA_ARGS__); \
 		if (!CategoryName.IsSuppressed(ELogVerbosity::Verbosity)) \
 		{ \
 			FMsg::Logf(__FILE__, __LINE__, CategoryName.GetCategoryName(), ELogVerbosity::Verbosity, Format, ##__VA_ARGS__); \

@@ -29,6 +29,9 @@ struct TIdentity
 };
 
 template <typename T>
+using TIdentity_T = typename TIdentity<T>::Type;
+
+template <typename T>
 inline void Swap(T& A, T& B)
 {
 	T Temp = MoveTemp(A);

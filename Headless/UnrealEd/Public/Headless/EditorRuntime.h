@@ -16,8 +16,6 @@ namespace UE::Headless
 
 	// Takes GEditor away (or gives it back) for a run, as a build without an editor would see it.
 	UNREALED_API void SetEditorAvailable(bool bAvailable);
-	// Makes IAssetRegistry::Get() answer null (or the registry again).
-	UNREALED_API void SetAssetRegistryAvailable(bool bAvailable);
 
 	struct FSavedPackageNotification
 	{

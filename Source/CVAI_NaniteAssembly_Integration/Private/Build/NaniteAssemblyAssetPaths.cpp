@@ -14,7 +14,7 @@ namespace
 		{
 			return Path;
 		}
-		return FString::ConcatCF(TEXT("/Game/"), Path);
+		return TEXT("/Game/") + Path;
 	}
 
 	// The position of the last '.' when it lies after the last '/', else INDEX_NONE.

@@ -8,8 +8,8 @@
 
 namespace
 {
-	const ANSICHAR* const VectorKeys[] = { "x", "y", "z" };
-	const ANSICHAR* const RotatorKeys[] = { "pitch", "yaw", "roll" };
+	const ANSICHAR* const ReadbackVectorKeys[] = { "x", "y", "z" };
+	const ANSICHAR* const ReadbackRotatorKeys[] = { "pitch", "yaw", "roll" };
 
 	// Pushes a table of three named numbers, such as { x =, y =, z = }.
 	void PushThreeNumbers(lua_State* L, const ANSICHAR* const (&Keys)[3], float First, float Second, float Third)
@@ -23,12 +23,12 @@ namespace
 
 	void PushVector(lua_State* L, const FVector3f& Vector)
 	{
-		PushThreeNumbers(L, VectorKeys, Vector.X, Vector.Y, Vector.Z);
+		PushThreeNumbers(L, ReadbackVectorKeys, Vector.X, Vector.Y, Vector.Z);
 	}
 
 	void PushRotator(lua_State* L, const FRotator3f& Rotator)
 	{
-		PushThreeNumbers(L, RotatorKeys, Rotator.Pitch, Rotator.Yaw, Rotator.Roll);
+		PushThreeNumbers(L, ReadbackRotatorKeys, Rotator.Pitch, Rotator.Yaw, Rotator.Roll);
 	}
 
 	void PushParts(lua_State* L, const FNaniteAssemblyData& Data)

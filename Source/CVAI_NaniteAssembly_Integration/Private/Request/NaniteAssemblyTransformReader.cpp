@@ -11,13 +11,19 @@ namespace
 	const double Zeros[] = { 0.0, 0.0, 0.0 };
 	const double Ones[] = { 1.0, 1.0, 1.0 };
 
-	enum ETransformKey
+	// Positions in TransformKeys.
+	enum class ETransformKey : int32
 	{
 		Location,
 		Translation,
 		Rotation,
 		Scale,
 	};
+
+	constexpr int32 KeyIndex(ETransformKey Key)
+	{
+		return (int32)Key;
+	}
 
 	bool ReadVectorTable(lua_State* L, int TableIndex, const FNaniteAssemblyContextPath& Path, const double* Defaults, FVector& OutVector, FString& OutError)
 	{
@@ -34,12 +40,12 @@ namespace
 	// "translation" is only an alias: it is looked at when "location" is nil, and named as location.
 	bool ReadLocation(lua_State* L, const FNaniteAssemblyFields& Fields, const FNaniteAssemblyContextPath& Path, FVector& OutLocation, FString& OutError)
 	{
-		int32 Key = Location;
-		int Type = Fields.Fetch(Location);
+		int32 Key = KeyIndex(ETransformKey::Location);
+		int Type = Fields.Fetch(Key);
 		if (Type == LUA_TNIL)
 		{
-			Key = Translation;
-			Type = Fields.Fetch(Translation);
+			Key = KeyIndex(ETransformKey::Translation);
+			Type = Fields.Fetch(Key);
 		}
 		if (Type == LUA_TNIL)
 		{
@@ -56,7 +62,7 @@ namespace
 
 	bool ReadRotation(lua_State* L, const FNaniteAssemblyFields& Fields, const FNaniteAssemblyContextPath& Path, FRotator& OutRotation, FString& OutError)
 	{
-		const int Type = Fields.Fetch(Rotation);
+		const int Type = Fields.Fetch(KeyIndex(ETransformKey::Rotation));
 		if (Type == LUA_TNIL)
 		{
 			return true;
@@ -68,7 +74,7 @@ namespace
 		}
 		const FNaniteAssemblyContextPath RotationPath(Path, TEXT(".rotation"));
 		FNaniteAssemblyNumbers Angles;
-		if (!Angles.Gather(sol::stack_object(L, Fields.Slot(Rotation)), RotationKeys, RotationPath, OutError))
+		if (!Angles.Gather(sol::stack_object(L, Fields.Slot(KeyIndex(ETransformKey::Rotation))), RotationKeys, RotationPath, OutError))
 		{
 			return false;
 		}
@@ -109,14 +115,14 @@ namespace
 
 	bool ReadScale(lua_State* L, const FNaniteAssemblyFields& Fields, const FNaniteAssemblyContextPath& Path, FVector& OutScale, FString& OutError)
 	{
-		const int Type = Fields.Fetch(Scale);
+		const int Type = Fields.Fetch(KeyIndex(ETransformKey::Scale));
 		if (Type == LUA_TNIL)
 		{
 			return true;
 		}
 		if (Type == LUA_TNUMBER)
 		{
-			const double Uniform = (double)lua_tonumberx(L, Fields.Slot(Scale), nullptr);
+			const double Uniform = (double)lua_tonumberx(L, Fields.Slot(KeyIndex(ETransformKey::Scale)), nullptr);
 			if (!FMath::IsFinite(Uniform))
 			{
 				OutError = Path.ToString() + TEXT(": 'scale' must be finite");
@@ -131,7 +137,7 @@ namespace
 			return false;
 		}
 		const FNaniteAssemblyContextPath ScalePath(Path, TEXT(".scale"));
-		return ReadVectorTable(L, Fields.Slot(Scale), ScalePath, Ones, OutScale, OutError);
+		return ReadVectorTable(L, Fields.Slot(KeyIndex(ETransformKey::Scale)), ScalePath, Ones, OutScale, OutError);
 	}
 }
 

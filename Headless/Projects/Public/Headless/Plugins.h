@@ -7,8 +7,8 @@ namespace UE::Headless
 {
 	// Reads the "Plugins" list of a .uproject file: each {"Name": ..., "Enabled": ...} entry overrides the
 	// plugin's default. False (with the reason) when the file cannot be read or parsed.
-	ENGINE_API bool LoadProjectPlugins(const FString& UProjectPath, FString& OutError);
+	PROJECTS_API bool LoadProjectPlugins(const FString& UProjectPath, FString& OutError);
 
 	// Enables or disables a plugin for this run, as editing the project's plugin list would.
-	ENGINE_API void SetPluginEnabled(const FString& Name, bool bEnabled);
+	PROJECTS_API void SetPluginEnabled(const FString& Name, bool bEnabled);
 }

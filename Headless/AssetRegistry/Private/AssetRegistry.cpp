@@ -1,6 +1,6 @@
 #include "AssetRegistry/IAssetRegistry.h"
 
-#include "AssetRegistryState.h"
+#include "Headless/AssetRegistryState.h"
 #include "Headless/PackageFiles.h"
 #include "Headless/StringUtils.h"
 #include "Logging/LogMacros.h"
