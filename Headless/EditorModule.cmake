@@ -9,7 +9,7 @@
 #    as UBT's unity build puts them into one file;
 #  - warnings are errors, shadowing included.
 #
-#   headless_editor_module(Name)   with Name/ a folder next to the calling CMakeLists.txt
+#   headless_editor_module(Name SourceDir)   the module's folder is SourceDir/Name, as in a plugin's Source/
 #
 # Targets: <Name> (the module library the editor loads) and <Name>Objects (its compiled files, for tests
 # that call the module's own functions).
@@ -50,8 +50,9 @@ function(read_module_dependencies BuildRulesFile OutVar)
 	set(${OutVar} ${Modules} PARENT_SCOPE)
 endfunction()
 
-function(headless_editor_module Name)
-	set(ModuleDir ${CMAKE_CURRENT_SOURCE_DIR}/${Name})
+function(headless_editor_module Name SourceDir)
+	set(ModuleDir ${SourceDir}/${Name})
+	set(BinaryDir ${CMAKE_BINARY_DIR}/Modules/${Name})
 	set(BuildRules ${ModuleDir}/${Name}.Build.cs)
 	set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${BuildRules})
 	read_module_dependencies(${BuildRules} Dependencies)
@@ -71,7 +72,7 @@ function(headless_editor_module Name)
 	set(IncludeDirs ${ModuleDir}/Public ${ModuleDir}/Private)
 
 	# Includes are checked before anything of the module compiles.
-	set(IncludeStamp ${CMAKE_CURRENT_BINARY_DIR}/${Name}.includes-checked)
+	set(IncludeStamp ${BinaryDir}/${Name}.includes-checked)
 	add_custom_command(OUTPUT ${IncludeStamp}
 		COMMAND ${CMAKE_COMMAND} "-DMODULE_NAME=${Name}" "-DMODULE_DIR=${ModuleDir}" "-DHEADLESS_DIR=${PROJECT_SOURCE_DIR}/Headless"
 			"-DKNOWN_MODULES=${KnownModules}" "-DLISTED_MODULES=${Dependencies}" "-DSTAMP=${IncludeStamp}"
@@ -97,9 +98,9 @@ function(headless_editor_module Name)
 	foreach(Source IN LISTS Sources)
 		string(APPEND UnityBackward "#include \"${Source}\"\n")
 	endforeach()
-	file(CONFIGURE OUTPUT ${CMAKE_CURRENT_BINARY_DIR}/Unity/Module.${Name}.cpp CONTENT "${UnityForward}" @ONLY)
-	file(CONFIGURE OUTPUT ${CMAKE_CURRENT_BINARY_DIR}/Unity/Module.${Name}.Reversed.cpp CONTENT "${UnityBackward}" @ONLY)
-	add_library(${Name}Unity OBJECT ${CMAKE_CURRENT_BINARY_DIR}/Unity/Module.${Name}.cpp ${CMAKE_CURRENT_BINARY_DIR}/Unity/Module.${Name}.Reversed.cpp)
+	file(CONFIGURE OUTPUT ${BinaryDir}/Unity/Module.${Name}.cpp CONTENT "${UnityForward}" @ONLY)
+	file(CONFIGURE OUTPUT ${BinaryDir}/Unity/Module.${Name}.Reversed.cpp CONTENT "${UnityBackward}" @ONLY)
+	add_library(${Name}Unity OBJECT ${BinaryDir}/Unity/Module.${Name}.cpp ${BinaryDir}/Unity/Module.${Name}.Reversed.cpp)
 	target_include_directories(${Name}Unity PRIVATE ${IncludeDirs})
 	target_link_libraries(${Name}Unity PRIVATE ${DependencyTargets})
 	target_compile_options(${Name}Unity PRIVATE ${EDITOR_MODULE_WARNINGS} -fvisibility=hidden -fvisibility-inlines-hidden)

@@ -4,6 +4,7 @@
 #include "TestProject.h"
 
 #include "Engine/StaticMesh.h"
+#include "StaticMeshResources.h"
 #include "Headless/EditorRuntime.h"
 #include "Headless/Faults.h"
 #include "Headless/StaticMeshGeometry.h"

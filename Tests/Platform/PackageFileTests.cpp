@@ -2,9 +2,11 @@
 #include "PlatformTestUtils.h"
 #include "TestProject.h"
 
+#include "AssetRegistry/AssetData.h"
 #include "AssetRegistry/IAssetRegistry.h"
 #include "CoreGlobals.h"
 #include "Engine/StaticMesh.h"
+#include "StaticMeshResources.h"
 #include "FileHelpers.h"
 #include "Headless/EditorRuntime.h"
 #include "Headless/Faults.h"

@@ -3,6 +3,7 @@
 #include "TestProject.h"
 
 #include "Engine/StaticMesh.h"
+#include "StaticMeshResources.h"
 #include "HAL/IConsoleManager.h"
 #include "Headless/EditorRuntime.h"
 #include "Headless/Environment.h"
@@ -10,6 +11,7 @@
 #include "Headless/StaticMeshGeometry.h"
 #include "Interfaces/IPluginManager.h"
 #include "RenderUtils.h"
+#include "Serialization/MemoryWriter.h"
 #include "StaticMeshCompiler.h"
 #include "UObject/Package.h"
 #include "UObject/UObjectGlobals.h"
@@ -104,6 +106,52 @@ TEST(StaticMesh, BuildsAreQueuedAndFinishedOnDemand)
 	Other->Build();
 	Compiler.FinishAllCompilation();
 	EXPECT_FALSE(Mesh->IsCompiling() || Other->IsCompiling());
+}
+
+// A build in flight holds every property: an accessor of a locked one finishes the build first, while the
+// Nanite settings, the assembly query and the compiling query never wait.
+TEST(StaticMesh, ABuildInFlightHoldsEveryPropertyButTheNaniteSettings)
+{
+	FTestProject Project;
+	ASSERT_TRUE(Project.Start());
+	UStaticMesh* Mesh = MakeMesh(TEXT("/Game/Build/Locked"), TEXT("Locked"));
+	UE::Headless::GetMeshGeometry(*Mesh) = UE::Headless::MakeBasicShapeGeometry(UE::Headless::EBasicShape::Cube, FName(TEXT("Slot")));
+	AddAssembly(*Mesh, 1, 2);
+	Mesh->GetNaniteSettings().bEnabled = true;
+
+	const auto StartBuild = [Mesh]()
+	{
+		Mesh->Build();
+		EXPECT_TRUE(Mesh->IsCompiling());
+		EXPECT_TRUE(Mesh->IsNaniteAssembly());
+		EXPECT_TRUE(Mesh->IsNaniteEnabled());
+		EXPECT_EQ(Mesh->GetNaniteSettings().NaniteAssemblyData.Nodes.Num(), 2);
+		EXPECT_TRUE(Mesh->IsCompiling()) << "reading the Nanite settings does not wait";
+	};
+
+	StartBuild();
+	EXPECT_EQ(Mesh->GetStaticMaterials().Num(), 0);
+	EXPECT_FALSE(Mesh->IsCompiling()) << "the material list waits";
+	EXPECT_NE(Mesh->GetRenderData(), nullptr);
+
+	StartBuild();
+	EXPECT_EQ(Mesh->GetMaterial(0), nullptr);
+	EXPECT_FALSE(Mesh->IsCompiling()) << "a material looks at the material list";
+
+	StartBuild();
+	EXPECT_EQ(Mesh->GetNumSourceModels(), 1);
+	EXPECT_FALSE(Mesh->IsCompiling()) << "the source models wait";
+
+	StartBuild();
+	EXPECT_TRUE(Mesh->HasValidNaniteData());
+	EXPECT_FALSE(Mesh->IsCompiling()) << "the render data waits";
+
+	// Recording the mesh (a transaction, a save) serialises it as built.
+	StartBuild();
+	TArray<uint8> Bytes;
+	FMemoryWriter Writer(Bytes);
+	Mesh->Serialize(Writer);
+	EXPECT_FALSE(Mesh->IsCompiling()) << "serialising waits";
 }
 
 TEST(StaticMesh, AssemblyQueriesFollowTheSettingsAndConsoleVariables)

@@ -1,5 +1,6 @@
 #include "AssetRegistry/IAssetRegistry.h"
 
+#include "AssetRegistry/AssetData.h"
 #include "Headless/AssetRegistryState.h"
 #include "Headless/PackageFiles.h"
 #include "Headless/StringUtils.h"

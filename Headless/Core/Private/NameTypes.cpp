@@ -84,11 +84,6 @@ FName::FName(FStringView Name, EFindName FindType)
 	Init(Name.GetData(), Name.Len(), FindType);
 }
 
-FName::FName(const FString& Name, EFindName FindType)
-{
-	Init(*Name, Name.Len(), FindType);
-}
-
 FName::FName(const FName& Other, int32 InNumber)
 	: ComparisonIndex(Other.ComparisonIndex)
 	, DisplayIndex(Other.DisplayIndex)

@@ -93,16 +93,21 @@ namespace UE::Headless::Private
 		Object.ObjectFlags = Flags;
 	}
 
-	void FObjectAccess::InitializeClass(UClass& Class, UClass* SuperClass, UClass::FConstructFunction Construct, EClassFlags Flags)
+	void FObjectAccess::InitializeClass(UClass& Class, UClass* SuperClass, FConstructObjectFunction Construct, EClassFlags Flags)
 	{
 		Class.SuperStruct = SuperClass;
 		Class.ConstructFunction = Construct;
 		Class.ClassFlags = Flags;
 	}
 
+	FConstructObjectFunction FObjectAccess::GetConstructFunction(const UClass& Class)
+	{
+		return Class.ConstructFunction;
+	}
+
 	UObject* ConstructObjectInternal(UClass* Class, UObject* Outer, FName Name, EObjectFlags Flags)
 	{
-		UObject* Object = Class->GetConstructFunction()();
+		UObject* Object = FObjectAccess::GetConstructFunction(*Class)();
 		FObjectAccess::Initialize(*Object, Class, Name, Outer, Flags);
 		FObjectWorld::Get().Add(Object);
 		return Object;
@@ -138,7 +143,7 @@ namespace UE::Headless::Private
 			return Package;
 		}
 
-		UClass* MakeClass(UClass* MetaClass, const TCHAR* Name, UPackage* Package, UClass* SuperClass, UClass::FConstructFunction Construct, EClassFlags Flags)
+		UClass* MakeClass(UClass* MetaClass, const TCHAR* Name, UPackage* Package, UClass* SuperClass, FConstructObjectFunction Construct, EClassFlags Flags)
 		{
 			UClass* Class = new UClass();
 			FObjectAccess::InitializeClass(*Class, SuperClass, Construct, Flags | CLASS_Native);
@@ -165,7 +170,7 @@ namespace UE::Headless::Private
 			UClass* PackageClass = new UClass();
 			UPackage* ScriptPackage = FindOrCreateScriptPackage(TEXT("/Script/CoreUObject"), PackageClass);
 
-			UClass* ObjectClass = MakeClass(ClassClass, TEXT("Object"), ScriptPackage, nullptr, &UObject::HeadlessConstruct, CLASS_None);
+			UClass* ObjectClass = MakeClass(ClassClass, TEXT("Object"), ScriptPackage, nullptr, &FObjectAccess::Construct<UObject>, CLASS_None);
 			UClass* FieldClass = MakeClass(ClassClass, TEXT("Field"), ScriptPackage, ObjectClass, &ConstructNothing, CLASS_Abstract);
 			UClass* StructClass = MakeClass(ClassClass, TEXT("Struct"), ScriptPackage, FieldClass, &ConstructNothing, CLASS_None);
 
@@ -192,7 +197,7 @@ namespace UE::Headless::Private
 
 namespace UE::Headless
 {
-	UClass* RegisterClass(const TCHAR* ClassName, const TCHAR* PackageName, UClass* SuperClass, UClass::FConstructFunction Construct, EClassFlags Flags)
+	UClass* RegisterClass(const TCHAR* ClassName, const TCHAR* PackageName, UClass* SuperClass, Private::FConstructObjectFunction Construct, EClassFlags Flags)
 	{
 		using namespace Private;
 		UPackage* Package = FindOrCreateScriptPackage(PackageName, UPackage::StaticClass());
@@ -260,14 +265,9 @@ namespace UE::Headless
 	}
 }
 
-UClass* UObject::StaticClass()
+UClass* UObject::GetPrivateStaticClass()
 {
 	return UE::Headless::Private::GetCoreClasses().Object;
-}
-
-UObject* UObject::HeadlessConstruct()
-{
-	return new UObject();
 }
 
 UClass* UField::StaticClass()
@@ -285,14 +285,9 @@ UClass* UClass::StaticClass()
 	return UE::Headless::Private::GetCoreClasses().Class;
 }
 
-UClass* UPackage::StaticClass()
+UClass* UPackage::GetPrivateStaticClass()
 {
 	return UE::Headless::Private::GetCoreClasses().Package;
-}
-
-UObject* UPackage::HeadlessConstruct()
-{
-	return new UPackage();
 }
 
 bool UStruct::IsChildOf(const UStruct* SomeBase) const
@@ -525,7 +520,7 @@ UObject* StaticConstructObject_Internal(const FStaticConstructObjectParameters& 
 		return nullptr;
 	}
 	UClass* Class = const_cast<UClass*>(Params.Class);
-	if (!Class || Class->HasAnyClassFlags(CLASS_Abstract) || !Class->GetConstructFunction())
+	if (!Class || Class->HasAnyClassFlags(CLASS_Abstract) || !UE::Headless::Private::FObjectAccess::GetConstructFunction(*Class))
 	{
 		UE_LOG(LogUObjectGlobals, Error, TEXT("Class '%s' is abstract or unknown and cannot be instanced."), Class ? *Class->GetName() : TEXT("None"));
 		return nullptr;

@@ -5,6 +5,7 @@
 #include "Logging/LogMacros.h"
 #include "Misc/PackageName.h"
 #include "ObjectWorld.h"
+#include "UObject/Class.h"
 #include "UObject/Package.h"
 
 DEFINE_LOG_CATEGORY_STATIC(LogUObjectGlobals, Log, All);

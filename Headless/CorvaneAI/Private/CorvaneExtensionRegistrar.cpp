@@ -2,6 +2,8 @@
 
 #include "Headless/CorvaneHost.h"
 
+#include <cstddef>
+
 FCorvaneExtensionHandle::~FCorvaneExtensionHandle() = default;
 
 FCorvaneExtensionRegistrar& FCorvaneExtensionRegistrar::Get()
@@ -38,6 +40,33 @@ int32 FCorvaneExtensionRegistrar::UnregisterAllForExtension(const FString& Exten
 
 namespace UE::Headless
 {
+	// The descriptor mixes public and host-private fields, which offsetof accepts here with a warning.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Winvalid-offsetof"
+	void FCorvaneRegistrarAccess::CheckDescriptorLayout()
+	{
+		static_assert(offsetof(FCorvaneExtensionDescriptor, Id) == 0);
+		static_assert(offsetof(FCorvaneExtensionDescriptor, DisplayName) == 16);
+		static_assert(offsetof(FCorvaneExtensionDescriptor, ModuleName) == 32);
+		static_assert(offsetof(FCorvaneExtensionDescriptor, Author) == 48);
+		static_assert(offsetof(FCorvaneExtensionDescriptor, Version) == 64);
+		static_assert(offsetof(FCorvaneExtensionDescriptor, Category) == 80);
+		static_assert(offsetof(FCorvaneExtensionDescriptor, Description) == 96);
+		static_assert(offsetof(FCorvaneExtensionDescriptor, Priority) == 112);
+		static_assert(offsetof(FCorvaneExtensionDescriptor, bHostFlag) == 126);
+		static_assert(offsetof(FCorvaneExtensionDescriptor, bRequiresEditor) == 127);
+	}
+#pragma GCC diagnostic pop
+
+	bool FCorvaneRegistrarAccess::HasDefaultHostFields(const FCorvaneExtensionDescriptor& Descriptor)
+	{
+		const FCorvaneExtensionDescriptor Defaults;
+		return Descriptor.Priority == Defaults.Priority && Descriptor.CapabilityFlags == Defaults.CapabilityFlags
+			&& Descriptor.MinimumHostVersion == Defaults.MinimumHostVersion && Descriptor.bEnabledByDefault == Defaults.bEnabledByDefault
+			&& Descriptor.bHiddenFromCatalogue == Defaults.bHiddenFromCatalogue && Descriptor.bRequiresEditor == Defaults.bRequiresEditor
+			&& Descriptor.Tags.Num() == 0;
+	}
+
 	const TArray<FCorvaneExtensionDescriptor>& FCorvaneRegistrarAccess::GetExtensions()
 	{
 		return FCorvaneExtensionRegistrar::Get().Extensions;

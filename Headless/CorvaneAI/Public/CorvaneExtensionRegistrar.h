@@ -5,8 +5,6 @@
 #include "Containers/UnrealString.h"
 #include "Delegates/Delegate.h"
 
-#include <cstddef>
-
 namespace sol
 {
 	class state;
@@ -25,8 +23,15 @@ struct FLuaFunctionDoc
 	FString Returns;
 };
 
-// The record an extension fills to announce itself. The layout is the host's and fixed: seven texts, then
-// host fields that an extension leaves as the host's constructor sets them.
+namespace UE::Headless
+{
+	struct FCorvaneRegistrarAccess;
+}
+
+// The record an extension fills to announce itself. The layout is the host's and fixed: seven texts at
+// offsets 0 to 96, host fields from 112, bHostFlag at 126, more host fields from 127. An extension sets
+// the texts and bHostFlag and leaves the host fields as the host's constructor sets them; they are the
+// host's own (not part of its interface), so they cannot be named here.
 struct FCorvaneExtensionDescriptor
 {
 	FString Id;
@@ -36,48 +41,44 @@ struct FCorvaneExtensionDescriptor
 	FString Version;
 	FString Category;
 	FString Description;
+
+private:
+	friend struct UE::Headless::FCorvaneRegistrarAccess;
+
 	int32 Priority = 0;
 	uint32 CapabilityFlags = 0;
 	int32 MinimumHostVersion = 1;
 	bool bEnabledByDefault = true;
 	bool bHiddenFromCatalogue = false;
+
+public:
 	bool bHostFlag = false;
+
+private:
 	bool bRequiresEditor = true;
 	TArray<FString> Tags;
 };
 
-static_assert(offsetof(FCorvaneExtensionDescriptor, Id) == 0);
-static_assert(offsetof(FCorvaneExtensionDescriptor, DisplayName) == 16);
-static_assert(offsetof(FCorvaneExtensionDescriptor, ModuleName) == 32);
-static_assert(offsetof(FCorvaneExtensionDescriptor, Author) == 48);
-static_assert(offsetof(FCorvaneExtensionDescriptor, Version) == 64);
-static_assert(offsetof(FCorvaneExtensionDescriptor, Category) == 80);
-static_assert(offsetof(FCorvaneExtensionDescriptor, Description) == 96);
-static_assert(offsetof(FCorvaneExtensionDescriptor, Priority) == 112);
-static_assert(offsetof(FCorvaneExtensionDescriptor, bHostFlag) == 126);
-static_assert(offsetof(FCorvaneExtensionDescriptor, bRequiresEditor) == 127);
-
-// What RegisterLuaBinding returns; destroying it unregisters nothing.
+// What RegisterLuaBinding returns; destroying it unregisters nothing. What it holds is the host's.
 class CORVANEAI_API FCorvaneExtensionHandle
 {
 public:
 	FCorvaneExtensionHandle() = default;
-	explicit FCorvaneExtensionHandle(uint64 InBindingId) : BindingId(InBindingId) {}
 	~FCorvaneExtensionHandle();
 
-	[[nodiscard]] bool IsValid() const { return BindingId != 0; }
-	[[nodiscard]] uint64 GetBindingId() const { return BindingId; }
-
 private:
+	friend class FCorvaneExtensionRegistrar;
+	friend struct UE::Headless::FCorvaneRegistrarAccess;
+
+	explicit FCorvaneExtensionHandle(uint64 InBindingId)
+		: BindingId(InBindingId)
+	{
+	}
+
 	uint64 BindingId = 0;
 };
 
 using FCorvaneLuaBinder = TDelegate<void(sol::state&, FLuaSessionData&)>;
-
-namespace UE::Headless
-{
-	struct FCorvaneRegistrarAccess;
-}
 
 class CORVANEAI_API FCorvaneExtensionRegistrar
 {

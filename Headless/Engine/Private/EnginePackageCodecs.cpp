@@ -2,6 +2,7 @@
 #include "Engine/StaticMesh.h"
 #include "Engine/Texture2D.h"
 #include "Headless/PackageFiles.h"
+#include "Headless/StaticMeshGeometry.h"
 #include "Headless/StringUtils.h"
 #include "Materials/Material.h"
 #include "Materials/MaterialInstanceConstant.h"

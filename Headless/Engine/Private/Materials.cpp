@@ -6,12 +6,12 @@
 #include "Templates/Casts.h"
 #include "UObject/UObjectGlobals.h"
 
-IMPLEMENT_HEADLESS_CLASS(UMaterialInterface, "MaterialInterface", "/Script/Engine", CLASS_Abstract)
-IMPLEMENT_HEADLESS_CLASS(UMaterial, "Material", "/Script/Engine", CLASS_None)
-IMPLEMENT_HEADLESS_CLASS(UMaterialInstance, "MaterialInstance", "/Script/Engine", CLASS_Abstract)
-IMPLEMENT_HEADLESS_CLASS(UMaterialInstanceConstant, "MaterialInstanceConstant", "/Script/Engine", CLASS_None)
-IMPLEMENT_HEADLESS_CLASS(UTexture, "Texture", "/Script/Engine", CLASS_Abstract)
-IMPLEMENT_HEADLESS_CLASS(UTexture2D, "Texture2D", "/Script/Engine", CLASS_None)
+IMPLEMENT_HEADLESS_CLASS(UMaterialInterface, "MaterialInterface")
+IMPLEMENT_HEADLESS_CLASS(UMaterial, "Material")
+IMPLEMENT_HEADLESS_CLASS(UMaterialInstance, "MaterialInstance")
+IMPLEMENT_HEADLESS_CLASS(UMaterialInstanceConstant, "MaterialInstanceConstant")
+IMPLEMENT_HEADLESS_CLASS(UTexture, "Texture")
+IMPLEMENT_HEADLESS_CLASS(UTexture2D, "Texture2D")
 
 UMaterial* UMaterialInstance::GetMaterial()
 {

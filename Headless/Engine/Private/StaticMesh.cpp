@@ -2,11 +2,14 @@
 
 #include "HAL/IConsoleManager.h"
 #include "Headless/ObjectRegistry.h"
+#include "Headless/StaticMeshGeometry.h"
+#include "Materials/MaterialInterface.h"
 #include "RenderUtils.h"
 #include "StaticMeshCompiler.h"
+#include "StaticMeshResources.h"
 #include "UObject/UObjectGlobals.h"
 
-IMPLEMENT_HEADLESS_CLASS(UStaticMesh, "StaticMesh", "/Script/Engine", CLASS_None)
+IMPLEMENT_HEADLESS_CLASS(UStaticMesh, "StaticMesh")
 
 // This file owns the deprecated member; everything here reads it through the accessors' bodies.
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
@@ -18,7 +21,21 @@ namespace
 	constexpr int32 NodesPerNanitePage = 256;
 }
 
-UStaticMesh::UStaticMesh() = default;
+FStaticMaterial::FStaticMaterial() = default;
+
+FStaticMaterial::FStaticMaterial(UMaterialInterface* InMaterialInterface, FName InMaterialSlotName, FName InImportedMaterialSlotName,
+	UMaterialInterface* InOverlayMaterialInterface)
+	: MaterialInterface(InMaterialInterface)
+	, MaterialSlotName(InMaterialSlotName)
+	, ImportedMaterialSlotName(InImportedMaterialSlotName)
+	, OverlayMaterialInterface(InOverlayMaterialInterface)
+{
+}
+
+UStaticMesh::UStaticMesh()
+	: Geometry(MakeUnique<UE::Headless::FStaticMeshGeometry>())
+{
+}
 
 UStaticMesh::~UStaticMesh()
 {
@@ -105,12 +122,24 @@ bool UStaticMesh::HasValidNaniteData() const
 
 bool UStaticMesh::IsCompiling() const
 {
-	return LockedProperties != EStaticMeshAsyncProperties::None;
+	return bAsyncBuildPending || LockedProperties != 0;
 }
 
+void UStaticMesh::AcquireAsyncProperty(EStaticMeshAsyncProperties AsyncProperties)
+{
+	LockedProperties |= (uint32)AsyncProperties;
+}
+
+void UStaticMesh::ReleaseAsyncProperty(EStaticMeshAsyncProperties AsyncProperties)
+{
+	LockedProperties &= ~(uint32)AsyncProperties;
+}
+
+// As the engine's (StaticMesh.cpp, 5.8): on the game thread, a locked property finishes this mesh's
+// compilation through the compiling manager, which releases every property; an unlocked one returns at once.
 void UStaticMesh::WaitUntilAsyncPropertyReleased(EStaticMeshAsyncProperties AsyncProperties) const
 {
-	if (EnumHasAnyFlags(LockedProperties, AsyncProperties))
+	if (IsCompiling() && (LockedProperties & (uint32)AsyncProperties) != 0)
 	{
 		UStaticMesh* Self = const_cast<UStaticMesh*>(this);
 		FStaticMeshCompilingManager::Get().FinishCompilation(MakeArrayView(&Self, 1));
@@ -119,15 +148,17 @@ void UStaticMesh::WaitUntilAsyncPropertyReleased(EStaticMeshAsyncProperties Asyn
 
 int32 UStaticMesh::GetNumSourceModels() const
 {
-	return Geometry.NumSourceModels;
+	WaitUntilAsyncPropertyReleased(EStaticMeshAsyncProperties::SourceModels);
+	return Geometry->NumSourceModels;
 }
 
 void UStaticMesh::SetNumSourceModels(int32 Num)
 {
-	Geometry.NumSourceModels = Num < 0 ? 0 : Num;
-	if (Geometry.NumSourceModels == 0)
+	WaitUntilAsyncPropertyReleased(EStaticMeshAsyncProperties::SourceModels);
+	Geometry->NumSourceModels = Num < 0 ? 0 : Num;
+	if (Geometry->NumSourceModels == 0)
 	{
-		Geometry = UE::Headless::FStaticMeshGeometry();
+		*Geometry = UE::Headless::FStaticMeshGeometry();
 	}
 }
 
@@ -135,10 +166,10 @@ void UStaticMesh::CommitMeshDescription(int32 LodIndex, const FCommitMeshDescrip
 {
 	if (LodIndex == 0)
 	{
-		Geometry.bHasMeshDescription = true;
-		if (Geometry.NumSourceModels == 0)
+		Geometry->bHasMeshDescription = true;
+		if (Geometry->NumSourceModels == 0)
 		{
-			Geometry.NumSourceModels = 1;
+			Geometry->NumSourceModels = 1;
 		}
 	}
 	if (Params.bMarkPackageDirty)
@@ -149,14 +180,27 @@ void UStaticMesh::CommitMeshDescription(int32 LodIndex, const FCommitMeshDescrip
 
 void UStaticMesh::Build(bool bInSilent, TArray<FText>* OutErrors)
 {
-	// A build first completes the one already running on this mesh.
-	WaitUntilAsyncPropertyReleased(EStaticMeshAsyncProperties::All);
+	// A build first completes the one already in flight on this mesh.
+	if (IsCompiling())
+	{
+		UStaticMesh* Self = this;
+		FStaticMeshCompilingManager::Get().FinishCompilation(MakeArrayView(&Self, 1));
+	}
 	if (OutErrors || !FStaticMeshCompilingManager::Get().IsAsyncStaticMeshCompilationEnabled())
 	{
 		FinishBuild();
 		return;
 	}
-	LockedProperties = EStaticMeshAsyncProperties::RenderData;
+	// As the engine's BeginBuildInternal for an asynchronous build (StaticMeshBuild.cpp, 5.8): every property is
+	// locked; the extended bounds are computed at once and released when the mesh description gives them, which
+	// an assembly never does (its bounds come from the Nanite build). The render data and everything else stay
+	// locked until the compiling manager finishes the build.
+	AcquireAsyncProperty();
+	if (!IsNaniteAssembly() && Geometry->bHasMeshDescription)
+	{
+		ReleaseAsyncProperty(EStaticMeshAsyncProperties::ExtendedBounds);
+	}
+	bAsyncBuildPending = true;
 	FStaticMeshCompilingManager::Get().AddStaticMesh(this);
 }
 
@@ -165,8 +209,10 @@ void UStaticMesh::Build(bool bInSilent, TArray<FText>* OutErrors)
 // own triangles, or its assembly nodes while the renderer accepts assemblies.
 void UStaticMesh::FinishBuild()
 {
-	LockedProperties = EStaticMeshAsyncProperties::None;
-	if (Geometry.NumSourceModels <= 0)
+	bAsyncBuildPending = false;
+	ReleaseAsyncProperty();
+	const UE::Headless::FStaticMeshGeometry& Source = *Geometry;
+	if (Source.NumSourceModels <= 0)
 	{
 		RenderData.Reset();
 		return;
@@ -174,25 +220,25 @@ void UStaticMesh::FinishBuild()
 
 	TUniquePtr<FStaticMeshRenderData> Built = MakeUnique<FStaticMeshRenderData>();
 	FStaticMeshLODResources& LOD = Built->LODResources.AddDefaulted_GetRef();
-	LOD.NumVertices = Geometry.Positions.Num();
-	LOD.NumTriangles = Geometry.Triangles.Num();
+	LOD.NumVertices = Source.Positions.Num();
+	LOD.NumTriangles = Source.Triangles.Num();
 	uint32 FirstIndex = 0;
-	for (int32 Group = 0; Group < Geometry.PolygonGroupSlotNames.Num(); ++Group)
+	for (int32 Group = 0; Group < Source.PolygonGroupSlotNames.Num(); ++Group)
 	{
 		FStaticMeshSection& Section = LOD.Sections.AddDefaulted_GetRef();
-		Section.MaterialIndex = Geometry.SectionMaterialIndices.IsValidIndex(Group) ? Geometry.SectionMaterialIndices[Group] : Group;
+		Section.MaterialIndex = Source.SectionMaterialIndices.IsValidIndex(Group) ? Source.SectionMaterialIndices[Group] : Group;
 		Section.FirstIndex = FirstIndex;
-		for (const UE::Headless::FMeshTriangle& Triangle : Geometry.Triangles)
+		for (const UE::Headless::FMeshTriangle& Triangle : Source.Triangles)
 		{
 			Section.NumTriangles += Triangle.PolygonGroup == Group ? 1 : 0;
 		}
 		FirstIndex += Section.NumTriangles * 3;
 	}
-	if (Geometry.Positions.Num() > 0)
+	if (Source.Positions.Num() > 0)
 	{
-		Built->BoundsMin = Geometry.Positions[0];
-		Built->BoundsMax = Geometry.Positions[0];
-		for (const FVector3f& Position : Geometry.Positions)
+		Built->BoundsMin = Source.Positions[0];
+		Built->BoundsMax = Source.Positions[0];
+		for (const FVector3f& Position : Source.Positions)
 		{
 			Built->BoundsMin = FVector3f(FMath::Min(Built->BoundsMin.X, Position.X), FMath::Min(Built->BoundsMin.Y, Position.Y), FMath::Min(Built->BoundsMin.Z, Position.Z));
 			Built->BoundsMax = FVector3f(FMath::Max(Built->BoundsMax.X, Position.X), FMath::Max(Built->BoundsMax.Y, Position.Y), FMath::Max(Built->BoundsMax.Z, Position.Z));
@@ -201,7 +247,7 @@ void UStaticMesh::FinishBuild()
 
 	if (IsNaniteEnabled())
 	{
-		const int32 RealTriangles = Geometry.CountRealTriangles();
+		const int32 RealTriangles = Source.CountRealTriangles();
 		const int32 AssemblyNodes = IsNaniteAssembly() && NaniteAssembliesSupported() ? NaniteSettings.NaniteAssemblyData.Nodes.Num() : 0;
 		Built->NaniteResources.NumInputTriangles = RealTriangles;
 		Built->NaniteResources.NumAssemblyNodes = AssemblyNodes;
@@ -216,8 +262,14 @@ void UStaticMesh::FinishBuild()
 
 void UStaticMesh::Serialize(FArchive& Ar)
 {
+	// As the engine's: what is serialised is the mesh after its build in flight.
+	if (IsCompiling())
+	{
+		UStaticMesh* Self = this;
+		FStaticMeshCompilingManager::Get().FinishCompilation(MakeArrayView(&Self, 1));
+	}
 	Super::Serialize(Ar);
-	Ar << StaticMaterials << NaniteSettings << Geometry;
+	Ar << StaticMaterials << NaniteSettings << *Geometry;
 }
 
 void UStaticMesh::PostLoad()

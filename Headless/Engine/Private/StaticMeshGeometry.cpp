@@ -42,14 +42,24 @@ namespace UE::Headless
 				  << Geometry.PolygonGroupSlotNames << Geometry.SectionMaterialIndices;
 	}
 
+	FStaticMeshGeometry& FStaticMeshGeometryAccess::Get(UStaticMesh& Mesh)
+	{
+		return *Mesh.Geometry;
+	}
+
+	const FStaticMeshGeometry& FStaticMeshGeometryAccess::Get(const UStaticMesh& Mesh)
+	{
+		return *Mesh.Geometry;
+	}
+
 	FStaticMeshGeometry& GetMeshGeometry(UStaticMesh& Mesh)
 	{
-		return Mesh.Geometry;
+		return FStaticMeshGeometryAccess::Get(Mesh);
 	}
 
 	const FStaticMeshGeometry& GetMeshGeometry(const UStaticMesh& Mesh)
 	{
-		return Mesh.Geometry;
+		return FStaticMeshGeometryAccess::Get(Mesh);
 	}
 
 	namespace

@@ -4,14 +4,15 @@
 #include "Headless/Faults.h"
 #include "Headless/ObjectRegistry.h"
 #include "Headless/StaticMeshGeometry.h"
+#include "Materials/MaterialInterface.h"
 #include "NaniteAssemblyEditorUtilsModule.h"
 #include "UObject/Package.h"
 #include "UObject/UObjectGlobals.h"
 
 DEFINE_LOG_CATEGORY(LogNaniteAssemblyBuilder);
 
-IMPLEMENT_HEADLESS_CLASS(UNaniteAssemblyBuilder, "NaniteAssemblyBuilder", "/Script/NaniteAssemblyEditorUtils", CLASS_Abstract)
-IMPLEMENT_HEADLESS_CLASS(UNaniteAssemblyStaticMeshBuilder, "NaniteAssemblyStaticMeshBuilder", "/Script/NaniteAssemblyEditorUtils", CLASS_None)
+IMPLEMENT_HEADLESS_CLASS(UNaniteAssemblyBuilder, "NaniteAssemblyBuilder")
+IMPLEMENT_HEADLESS_CLASS(UNaniteAssemblyStaticMeshBuilder, "NaniteAssemblyStaticMeshBuilder")
 
 namespace
 {

@@ -1,14 +1,16 @@
 // The base of the Nanite Assembly builders: parts, nodes and the merging of part materials into slots.
 #pragma once
 
+// The engine's header reaches the static mesh through its assembly data builder's header; materials are only
+// declared there.
 #include "CoreMinimal.h"
 #include "Engine/NaniteAssemblyData.h"
-#include "Materials/MaterialInterface.h"
+#include "Engine/StaticMesh.h"
 #include "UObject/Object.h"
 #include "UObject/ObjectMacros.h"
 #include "UObject/ObjectPtr.h"
 
-class UStaticMesh;
+class UMaterialInterface;
 
 enum class ENaniteAssemblyPartMaterialMerge : uint8
 {
@@ -47,7 +49,7 @@ struct FNaniteAssemblyCreateNewParameters
 
 class NANITEASSEMBLYEDITORUTILS_API UNaniteAssemblyBuilder : public UObject
 {
-	DECLARE_HEADLESS_CLASS(UNaniteAssemblyBuilder, UObject, NANITEASSEMBLYEDITORUTILS_API)
+	DECLARE_CLASS(UNaniteAssemblyBuilder, UObject, CLASS_Abstract, CASTCLASS_None, TEXT("/Script/NaniteAssemblyEditorUtils"), NANITEASSEMBLYEDITORUTILS_API)
 
 public:
 	UNaniteAssemblyBuilder();

@@ -7,7 +7,7 @@ class UStaticMesh;
 
 class NANITEASSEMBLYEDITORUTILS_API UNaniteAssemblyStaticMeshBuilder : public UNaniteAssemblyBuilder
 {
-	DECLARE_HEADLESS_CLASS(UNaniteAssemblyStaticMeshBuilder, UNaniteAssemblyBuilder, NANITEASSEMBLYEDITORUTILS_API)
+	DECLARE_CLASS(UNaniteAssemblyStaticMeshBuilder, UNaniteAssemblyBuilder, CLASS_None, CASTCLASS_None, TEXT("/Script/NaniteAssemblyEditorUtils"), NANITEASSEMBLYEDITORUTILS_API)
 
 public:
 	static UNaniteAssemblyStaticMeshBuilder* BeginNewStaticMeshAssemblyBuild(const FNaniteAssemblyCreateNewParameters& Parameters);

@@ -4,7 +4,7 @@
 #include "Headless/ObjectRegistry.h"
 #include "StaticMeshCompiler.h"
 
-IMPLEMENT_HEADLESS_CLASS(UEditorEngine, "EditorEngine", "/Script/UnrealEd", CLASS_None)
+IMPLEMENT_HEADLESS_CLASS(UEditorEngine, "EditorEngine")
 
 UEditorEngine* GEditor = nullptr;
 

@@ -5,6 +5,7 @@
 #include "Headless/Faults.h"
 #include "Headless/ObjectRegistry.h"
 #include "StaticMeshCompiler.h"
+#include "UObject/ObjectSaveContext.h"
 #include "UObject/Package.h"
 #include "UObject/UObjectGlobals.h"
 

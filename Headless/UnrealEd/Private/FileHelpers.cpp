@@ -8,6 +8,7 @@
 #include "Headless/StringUtils.h"
 #include "Logging/LogMacros.h"
 #include "Misc/PackageName.h"
+#include "UObject/ObjectSaveContext.h"
 #include "UObject/Package.h"
 #include "UObject/UObjectGlobals.h"
 #include "UObject/UObjectHash.h"
@@ -16,7 +17,7 @@
 
 DEFINE_LOG_CATEGORY_STATIC(LogFileHelpers, Log, All);
 
-IMPLEMENT_HEADLESS_CLASS(UEditorLoadingAndSavingUtils, "EditorLoadingAndSavingUtils", "/Script/UnrealEd", CLASS_None)
+IMPLEMENT_HEADLESS_CLASS(UEditorLoadingAndSavingUtils, "EditorLoadingAndSavingUtils")
 
 namespace
 {
@@ -70,7 +71,10 @@ namespace
 			Export->SetFlags(RF_WasLoaded | RF_LoadCompleted);
 		}
 		UE::Headless::NotePackageOnDisk(PackageName);
-		UPackage::PackageSavedWithContextEvent.Broadcast(Filename, Package, FObjectPostSaveContext(Filename));
+		FObjectSaveContextData SaveData;
+		SaveData.TargetFilename = Filename;
+		SaveData.bSaveSucceeded = true;
+		UPackage::PackageSavedWithContextEvent.Broadcast(Filename, Package, FObjectPostSaveContext(SaveData));
 		return true;
 	}
 }

@@ -1,25 +1,25 @@
 #include "Editor/TransBuffer.h"
 
 #include "CoreGlobals.h"
-#include "HeadlessTransaction.h"
+#include "Transaction.h"
 #include "Headless/ObjectRegistry.h"
 #include "Logging/LogMacros.h"
 #include "Misc/ITransaction.h"
 
 DEFINE_LOG_CATEGORY_STATIC(LogEditorTransaction, Log, All);
 
-IMPLEMENT_HEADLESS_CLASS(UTransactor, "Transactor", "/Script/UnrealEd", CLASS_Abstract)
-IMPLEMENT_HEADLESS_CLASS(UTransBuffer, "TransBuffer", "/Script/UnrealEd", CLASS_None)
+IMPLEMENT_HEADLESS_CLASS(UTransactor, "Transactor")
+IMPLEMENT_HEADLESS_CLASS(UTransBuffer, "TransBuffer")
 
 UTransBuffer::UTransBuffer() = default;
 
 UTransBuffer::~UTransBuffer()
 {
-	for (FHeadlessTransaction* Transaction : UndoBuffer)
+	for (UE::Headless::FTransaction* Transaction : UndoBuffer)
 	{
 		delete Transaction;
 	}
-	for (FHeadlessTransaction* Transaction : RemovedTransactions)
+	for (UE::Headless::FTransaction* Transaction : RemovedTransactions)
 	{
 		delete Transaction;
 	}
@@ -32,7 +32,7 @@ int32 UTransBuffer::Begin(const TCHAR* SessionContext, const FText& Description)
 	{
 		// The steps past the undo position can no longer be redone once a new transaction commits; they
 		// wait aside in case this one records nothing.
-		for (FHeadlessTransaction* Transaction : RemovedTransactions)
+		for (UE::Headless::FTransaction* Transaction : RemovedTransactions)
 		{
 			delete Transaction;
 		}
@@ -44,7 +44,7 @@ int32 UTransBuffer::Begin(const TCHAR* SessionContext, const FText& Description)
 		UndoBuffer.SetNum(UndoBuffer.Num() - UndoCount);
 		PreviousUndoCount = UndoCount;
 		UndoCount = 0;
-		UndoBuffer.Add(new FHeadlessTransaction(SessionContext, Description));
+		UndoBuffer.Add(new UE::Headless::FTransaction(SessionContext, Description));
 		GUndo = UndoBuffer.Last();
 	}
 	return Result;
@@ -55,7 +55,7 @@ int32 UTransBuffer::End()
 	const int32 Result = ActiveCount;
 	if (ActiveCount >= 1 && --ActiveCount == 0)
 	{
-		FHeadlessTransaction* Transaction = UndoBuffer.Last();
+		UE::Headless::FTransaction* Transaction = UndoBuffer.Last();
 		if (Transaction->IsTransient())
 		{
 			UndoBuffer.Pop();
@@ -66,7 +66,7 @@ int32 UTransBuffer::End()
 		}
 		else
 		{
-			for (FHeadlessTransaction* Removed : RemovedTransactions)
+			for (UE::Headless::FTransaction* Removed : RemovedTransactions)
 			{
 				delete Removed;
 			}
@@ -83,7 +83,7 @@ void UTransBuffer::Cancel(int32 StartIndex)
 	{
 		return;
 	}
-	FHeadlessTransaction* Transaction = UndoBuffer.Last();
+	UE::Headless::FTransaction* Transaction = UndoBuffer.Last();
 	if (StartIndex != 0)
 	{
 		UE_LOG(LogEditorTransaction, Warning, TEXT("Canceling transaction partially is unsupported. Canceling %s entirely."), *Transaction->GetTitle().ToString());
@@ -103,11 +103,11 @@ void UTransBuffer::Reset(const FText& Reason)
 	{
 		UE_LOG(LogEditorTransaction, Warning, TEXT("Non zero active count in UTransBuffer::Reset (%s)"), *Reason.ToString());
 	}
-	for (FHeadlessTransaction* Transaction : UndoBuffer)
+	for (UE::Headless::FTransaction* Transaction : UndoBuffer)
 	{
 		delete Transaction;
 	}
-	for (FHeadlessTransaction* Transaction : RemovedTransactions)
+	for (UE::Headless::FTransaction* Transaction : RemovedTransactions)
 	{
 		delete Transaction;
 	}
@@ -160,7 +160,7 @@ bool UTransBuffer::Undo(bool bCanRedo)
 		return false;
 	}
 	++UndoCount;
-	FHeadlessTransaction* Transaction = UndoBuffer[UndoBuffer.Num() - UndoCount];
+	UE::Headless::FTransaction* Transaction = UndoBuffer[UndoBuffer.Num() - UndoCount];
 	GIsTransacting = true;
 	Transaction->Apply();
 	GIsTransacting = false;
@@ -182,7 +182,7 @@ bool UTransBuffer::Redo()
 	{
 		return false;
 	}
-	FHeadlessTransaction* Transaction = UndoBuffer[UndoBuffer.Num() - UndoCount];
+	UE::Headless::FTransaction* Transaction = UndoBuffer[UndoBuffer.Num() - UndoCount];
 	--UndoCount;
 	GIsTransacting = true;
 	Transaction->Apply();

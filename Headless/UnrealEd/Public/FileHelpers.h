@@ -9,7 +9,7 @@ class UPackage;
 
 class UEditorLoadingAndSavingUtils : public UObject
 {
-	DECLARE_HEADLESS_CLASS(UEditorLoadingAndSavingUtils, UObject, UNREALED_API)
+	DECLARE_CLASS(UEditorLoadingAndSavingUtils, UObject, CLASS_None, CASTCLASS_None, TEXT("/Script/UnrealEd"), UNREALED_API)
 
 public:
 	// Saves without prompting; true when every package was saved (or deleted as empty).

@@ -1,10 +1,11 @@
 // The asset registry: what assets exist, on disk and in memory.
 #pragma once
 
-#include "AssetRegistry/AssetData.h"
 #include "CoreMinimal.h"
 #include "UObject/SoftObjectPath.h"
 
+// As in the engine's header, only declared: a caller that looks at the asset data includes its header.
+struct FAssetData;
 class UObject;
 
 class IAssetRegistry

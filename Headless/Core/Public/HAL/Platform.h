@@ -88,7 +88,10 @@ typedef char32_t UTF32CHAR;
 #define UE_DEPRECATED(Version, Message) [[deprecated(Message)]]
 #define PURE_VIRTUAL(Func, ...) { __VA_ARGS__ }
 #define ABSTRACT
-#define UE_ARRAY_COUNT(Array) (sizeof(Array) / sizeof((Array)[0]))
+// The number of elements of an array; a pointer does not compile.
+template <typename T, std::size_t N>
+char (&UEArrayCountHelper(const T (&)[N]))[N + 1];
+#define UE_ARRAY_COUNT(Array) (sizeof(UEArrayCountHelper(Array)) - 1)
 
 #define MAX_int32 ((int32)0x7fffffff)
 #define MIN_int32 ((int32)0x80000000)

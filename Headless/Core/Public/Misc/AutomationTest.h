@@ -51,7 +51,6 @@ public:
 
 	[[nodiscard]] virtual EAutomationTestFlags GetTestFlags() const = 0;
 	[[nodiscard]] virtual FString GetBeautifiedTestName() const = 0;
-	virtual bool RunTest(const FString& Parameters) = 0;
 
 	CORE_API virtual void AddError(const FString& InError, int32 StackOffset = 0);
 	CORE_API virtual void AddWarning(const FString& InWarning, int32 StackOffset = 0);
@@ -90,10 +89,15 @@ public:
 	void ClearExecutionInfo() { Errors.Reset(); }
 
 protected:
+	// Only the automation framework runs a test.
+	virtual bool RunTest(const FString& Parameters) = 0;
+
 	FString TestName;
 	bool bComplexTask = false;
 
 private:
+	friend struct UE::Headless::FAutomationAccess;
+
 	TArray<FString> Errors;
 };
 
@@ -125,6 +129,14 @@ private:
 	TArray<FRegistration> Tests;
 };
 
+#define UE_AUTOMATION_TEST_HAS_ONE_FILTER(TFlags) \
+	(((TFlags) & EAutomationTestFlags_FilterMask) == EAutomationTestFlags::SmokeFilter \
+		|| ((TFlags) & EAutomationTestFlags_FilterMask) == EAutomationTestFlags::EngineFilter \
+		|| ((TFlags) & EAutomationTestFlags_FilterMask) == EAutomationTestFlags::ProductFilter \
+		|| ((TFlags) & EAutomationTestFlags_FilterMask) == EAutomationTestFlags::PerfFilter \
+		|| ((TFlags) & EAutomationTestFlags_FilterMask) == EAutomationTestFlags::StressFilter \
+		|| ((TFlags) & EAutomationTestFlags_FilterMask) == EAutomationTestFlags::NegativeFilter)
+
 #if WITH_AUTOMATION_WORKER
 #define IMPLEMENT_SIMPLE_AUTOMATION_TEST(TClass, PrettyName, TFlags) \
 	class TClass : public FAutomationTestBase \
@@ -133,9 +145,14 @@ private:
 		TClass(const FString& InName) \
 			: FAutomationTestBase(InName, false) \
 		{ \
+			static_assert(((TFlags) & EAutomationTestFlags_ApplicationContextMask) != EAutomationTestFlags::None, \
+				"AutomationTest has no application flag. It shouldn't run. See AutomationTest.h."); \
+			static_assert(UE_AUTOMATION_TEST_HAS_ONE_FILTER(TFlags), \
+				"All AutomationTests must have exactly 1 filter type specified. See AutomationTest.h."); \
 		} \
 		virtual EAutomationTestFlags GetTestFlags() const override { return TFlags; } \
 		virtual FString GetBeautifiedTestName() const override { return TEXT(PrettyName); } \
+	protected: \
 		virtual bool RunTest(const FString& Parameters) override; \
 	}; \
 	namespace \
@@ -150,9 +167,14 @@ private:
 		TClass(const FString& InName) \
 			: FAutomationTestBase(InName, false) \
 		{ \
+			static_assert(((TFlags) & EAutomationTestFlags_ApplicationContextMask) != EAutomationTestFlags::None, \
+				"AutomationTest has no application flag. It shouldn't run. See AutomationTest.h."); \
+			static_assert(UE_AUTOMATION_TEST_HAS_ONE_FILTER(TFlags), \
+				"All AutomationTests must have exactly 1 filter type specified. See AutomationTest.h."); \
 		} \
 		virtual EAutomationTestFlags GetTestFlags() const override { return TFlags; } \
 		virtual FString GetBeautifiedTestName() const override { return TEXT(PrettyName); } \
+	protected: \
 		virtual bool RunTest(const FString& Parameters) override; \
 	};
 #endif

@@ -4,8 +4,18 @@
 #include <type_traits>
 #include <utility>
 
+// As the engine's: moving from an rvalue or from a const object is a mistake, refused when compiling.
 template <typename T>
 constexpr std::remove_reference_t<T>&& MoveTemp(T&& Obj) noexcept
+{
+	using CastType = std::remove_reference_t<T>;
+	static_assert(std::is_lvalue_reference_v<T>, "MoveTemp called on an rvalue");
+	static_assert(!std::is_same_v<CastType&, const CastType&>, "MoveTemp called on a const object");
+	return static_cast<CastType&&>(Obj);
+}
+
+template <typename T>
+constexpr std::remove_reference_t<T>&& MoveTempIfPossible(T&& Obj) noexcept
 {
 	return static_cast<std::remove_reference_t<T>&&>(Obj);
 }

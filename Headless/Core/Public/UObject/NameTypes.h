@@ -32,7 +32,6 @@ public:
 	CORE_API FName(const TCHAR* Name, EFindName FindType = FNAME_Add);
 	CORE_API FName(const ANSICHAR* Name, EFindName FindType = FNAME_Add);
 	CORE_API explicit FName(FStringView Name, EFindName FindType = FNAME_Add);
-	CORE_API explicit FName(const FString& Name, EFindName FindType = FNAME_Add);
 	CORE_API FName(const FName& Other, int32 InNumber);
 
 	[[nodiscard]] CORE_API FString ToString() const;

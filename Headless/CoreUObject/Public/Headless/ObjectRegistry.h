@@ -4,9 +4,11 @@
 #include "Containers/StringView.h"
 #include "UObject/Class.h"
 
+#include <type_traits>
+
 namespace UE::Headless
 {
-	COREUOBJECT_API UClass* RegisterClass(const TCHAR* ClassName, const TCHAR* PackageName, UClass* SuperClass, UClass::FConstructFunction Construct,
+	COREUOBJECT_API UClass* RegisterClass(const TCHAR* ClassName, const TCHAR* PackageName, UClass* SuperClass, Private::FConstructObjectFunction Construct,
 		EClassFlags Flags);
 
 	template <typename T>
@@ -30,20 +32,32 @@ namespace UE::Headless
 		struct FObjectAccess
 		{
 			static void Initialize(UObjectBase& Object, UClass* Class, FName Name, UObject* Outer, EObjectFlags Flags);
-			static void InitializeClass(UClass& Class, UClass* SuperClass, UClass::FConstructFunction Construct, EClassFlags Flags);
+			static void InitializeClass(UClass& Class, UClass* SuperClass, FConstructObjectFunction Construct, EClassFlags Flags);
+			[[nodiscard]] static FConstructObjectFunction GetConstructFunction(const UClass& Class);
+
+			// A new object of the class, or null for a class that C++ cannot instantiate.
+			template <typename T>
+			static UObject* Construct()
+			{
+				if constexpr (std::is_abstract_v<T>)
+				{
+					return nullptr;
+				}
+				else
+				{
+					return new T();
+				}
+			}
 		};
 	}
 }
 
-// Defines StaticClass() and the construction function of a class declared with DECLARE_HEADLESS_CLASS.
-#define IMPLEMENT_HEADLESS_CLASS(TClass, TClassName, TPackageName, TClassFlags) \
-	UObject* TClass::HeadlessConstruct() \
+// Registers a class declared with DECLARE_CLASS under its engine name (without the U prefix), in the
+// package and with the flags that its declaration gives.
+#define IMPLEMENT_HEADLESS_CLASS(TClass, TClassName) \
+	UClass* TClass::GetPrivateStaticClass() \
 	{ \
-		return new TClass(); \
-	} \
-	UClass* TClass::StaticClass() \
-	{ \
-		static UClass* Class = ::UE::Headless::RegisterClass(TEXT(TClassName), TEXT(TPackageName), \
-			::UE::Headless::GetSuperClassOf<TClass>(), &TClass::HeadlessConstruct, (EClassFlags)(TClassFlags)); \
+		static UClass* Class = ::UE::Headless::RegisterClass(TEXT(TClassName), TClass::StaticPackage(), ::UE::Headless::GetSuperClassOf<TClass>(), \
+			&::UE::Headless::Private::FObjectAccess::Construct<TClass>, TClass::StaticClassFlags); \
 		return Class; \
 	}

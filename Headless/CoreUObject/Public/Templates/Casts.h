@@ -2,8 +2,9 @@
 #pragma once
 
 #include "Misc/AssertionMacros.h"
+#include "UObject/Class.h"
+#include "UObject/Object.h"
 #include "UObject/ObjectPtr.h"
-#include "UObject/UObjectBaseUtility.h"
 
 #include <type_traits>
 

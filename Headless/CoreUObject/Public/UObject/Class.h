@@ -3,16 +3,6 @@
 
 #include "UObject/Object.h"
 
-enum EClassFlags : uint32
-{
-	CLASS_None = 0x00000000u,
-	CLASS_Abstract = 0x00000001u,
-	CLASS_Transient = 0x00000008u,
-	CLASS_Native = 0x00000080u,
-	CLASS_MinimalAPI = 0x00080000u,
-	CLASS_Intrinsic = 0x10000000u,
-};
-ENUM_CLASS_FLAGS(EClassFlags);
 
 class UField : public UObject
 {
@@ -45,12 +35,9 @@ class UClass : public UStruct
 public:
 	static COREUOBJECT_API UClass* StaticClass();
 
-	using FConstructFunction = UObject* (*)();
-
 	[[nodiscard]] UClass* GetSuperClass() const { return (UClass*)SuperStruct; }
 	[[nodiscard]] bool HasAnyClassFlags(EClassFlags FlagsToCheck) const { return (ClassFlags & FlagsToCheck) != 0; }
 	[[nodiscard]] EClassFlags GetClassFlags() const { return ClassFlags; }
-	[[nodiscard]] FConstructFunction GetConstructFunction() const { return ConstructFunction; }
 
 	// The number the last generated unique object name of this class took; it only grows.
 	int32 ClassUnique = 0;
@@ -59,5 +46,5 @@ private:
 	friend struct UE::Headless::Private::FObjectAccess;
 
 	EClassFlags ClassFlags = CLASS_None;
-	FConstructFunction ConstructFunction = nullptr;
+	UE::Headless::Private::FConstructObjectFunction ConstructFunction = nullptr;
 };

@@ -7,15 +7,11 @@ class FArchive;
 
 class UObject : public UObjectBaseUtility
 {
-public:
-	using Super = UObject;
-	using ThisClass = UObject;
+	DECLARE_CLASS(UObject, UObject, CLASS_None, CASTCLASS_None, TEXT("/Script/CoreUObject"), COREUOBJECT_API)
 
+public:
 	UObject() = default;
 	COREUOBJECT_API ~UObject() override;
-
-	static COREUOBJECT_API UClass* StaticClass();
-	static COREUOBJECT_API UObject* HeadlessConstruct();
 
 	// Records the object's state into the open transaction when it is transactional, and dirties its
 	// package when asked; true when the transaction recorded it.

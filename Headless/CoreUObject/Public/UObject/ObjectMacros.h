@@ -92,13 +92,54 @@ ENUM_CLASS_FLAGS(EPackageFlags);
 #define GENERATED_IINTERFACE_BODY(...)
 
 class UClass;
+class UObject;
 class FArchive;
 
-// Declares the class plumbing that reflection generates for an engine class: its UClass and the
-// Super / ThisClass aliases. The matching IMPLEMENT_HEADLESS_CLASS in the class's .cpp names it.
-#define DECLARE_HEADLESS_CLASS(TClass, TSuperClass, TRequiredAPI) \
+enum EClassFlags : uint32
+{
+	CLASS_None = 0x00000000u,
+	CLASS_Abstract = 0x00000001u,
+	CLASS_Transient = 0x00000008u,
+	CLASS_Native = 0x00000080u,
+	CLASS_MinimalAPI = 0x00080000u,
+	CLASS_Intrinsic = 0x10000000u,
+};
+ENUM_CLASS_FLAGS(EClassFlags);
+
+enum EClassCastFlags : uint64
+{
+	CASTCLASS_None = 0x0000000000000000,
+};
+ENUM_CLASS_FLAGS(EClassCastFlags);
+
+namespace UE::Headless::Private
+{
+	struct FObjectAccess;
+	using FConstructObjectFunction = UObject* (*)();
+}
+
+// The class plumbing that reflection generates for an engine class: its UClass, the Super and ThisClass
+// aliases, its flags and package. The object world constructs objects through its access struct.
+#define DECLARE_CLASS(TClass, TSuperClass, TStaticFlags, TStaticCastFlags, TPackage, TRequiredAPI) \
+private: \
+	TClass& operator=(TClass&&); \
+	TClass& operator=(const TClass&); \
+	TRequiredAPI static UClass* GetPrivateStaticClass(); \
+	friend struct ::UE::Headless::Private::FObjectAccess; \
+\
 public: \
-	using Super = TSuperClass; \
-	using ThisClass = TClass; \
-	static TRequiredAPI UClass* StaticClass(); \
-	static TRequiredAPI UObject* HeadlessConstruct();
+	static constexpr EClassFlags StaticClassFlags = EClassFlags(TStaticFlags); \
+	typedef TSuperClass Super; \
+	typedef TClass ThisClass; \
+	inline static UClass* StaticClass() \
+	{ \
+		return GetPrivateStaticClass(); \
+	} \
+	inline static const TCHAR* StaticPackage() \
+	{ \
+		return TPackage; \
+	} \
+	inline static EClassCastFlags StaticClassCastFlags() \
+	{ \
+		return TStaticCastFlags; \
+	}

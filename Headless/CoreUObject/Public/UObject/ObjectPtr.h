@@ -4,13 +4,33 @@
 #include <cstddef>
 #include <type_traits>
 
+class UObject;
+
+namespace UE::Core::Private::ObjectPtr
+{
+	template <typename T, typename = void>
+	struct TIsComplete : std::false_type
+	{
+	};
+
+	template <typename T>
+	struct TIsComplete<T, std::void_t<decltype(sizeof(T))>> : std::true_type
+	{
+	};
+}
+
 template <typename T>
 class TObjectPtr
 {
 public:
 	TObjectPtr() = default;
 	TObjectPtr(std::nullptr_t) {}
-	TObjectPtr(T* InObject) : Object(InObject) {}
+	TObjectPtr(T* InObject)
+		: Object(InObject)
+	{
+		static_assert(!UE::Core::Private::ObjectPtr::TIsComplete<T>::value || std::is_base_of_v<UObject, std::remove_cv_t<T>>,
+			"TObjectPtr can only be used with UObject types");
+	}
 
 	template <typename U, typename = std::enable_if_t<std::is_convertible_v<U*, T*>>>
 	TObjectPtr(const TObjectPtr<U>& Other) : Object(Other.Get()) {}

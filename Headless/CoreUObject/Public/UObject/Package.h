@@ -2,9 +2,10 @@
 #pragma once
 
 #include "Delegates/Delegate.h"
-#include "UObject/Class.h"
 #include "UObject/Object.h"
-#include "UObject/ObjectSaveContext.h"
+#include "UObject/UObjectGlobals.h"
+
+class FObjectPostSaveContext;
 
 DECLARE_MULTICAST_DELEGATE_ThreeParams(FOnPackageSavedWithContext, const FString&, UPackage*, FObjectPostSaveContext);
 DECLARE_MULTICAST_DELEGATE_TwoParams(FOnPackageMarkedDirty, UPackage*, bool);
@@ -12,7 +13,7 @@ DECLARE_MULTICAST_DELEGATE_OneParam(FOnPackageDirtyStateChanged, UPackage*);
 
 class UPackage : public UObject
 {
-	DECLARE_HEADLESS_CLASS(UPackage, UObject, COREUOBJECT_API)
+	DECLARE_CLASS(UPackage, UObject, CLASS_None, CASTCLASS_None, TEXT("/Script/CoreUObject"), COREUOBJECT_API)
 
 public:
 	COREUOBJECT_API void SetDirtyFlag(bool bIsDirty);

@@ -8,11 +8,6 @@ class UClass;
 class UObject;
 class UPackage;
 
-namespace UE::Headless::Private
-{
-	struct FObjectAccess;
-}
-
 class UObjectBase
 {
 public:

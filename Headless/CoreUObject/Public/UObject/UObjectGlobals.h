@@ -2,10 +2,13 @@
 #pragma once
 
 #include "Containers/StringView.h"
-#include "UObject/Class.h"
 #include "UObject/FindObjectFlags.h"
-#include "UObject/Object.h"
+#include "UObject/NameTypes.h"
+#include "UObject/ObjectMacros.h"
 
+// As in the engine's header, only declared here.
+class UClass;
+class UObject;
 class UPackage;
 class UPackageMap;
 class FLinkerInstancingContext;

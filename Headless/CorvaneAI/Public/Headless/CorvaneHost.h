@@ -27,6 +27,12 @@ namespace UE::Headless
 	{
 		static const TArray<FCorvaneExtensionDescriptor>& GetExtensions();
 		static TArray<FRegisteredBinding> GetBindings();
+		// Whether the host's own fields of a descriptor are as the host's constructor sets them.
+		static bool HasDefaultHostFields(const FCorvaneExtensionDescriptor& Descriptor);
+
+	private:
+		// Holds the compile-time checks that the descriptor keeps the host's layout.
+		static void CheckDescriptorLayout();
 	};
 
 	struct CORVANEAI_API FLuaSessionAccess

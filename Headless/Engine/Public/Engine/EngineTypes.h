@@ -4,6 +4,8 @@
 #include "Containers/Array.h"
 #include "Engine/NaniteAssemblyData.h"
 #include "Serialization/Archive.h"
+#include "UObject/Class.h"
+#include "UObject/Object.h"
 
 enum class ENaniteShapePreservation : uint8
 {

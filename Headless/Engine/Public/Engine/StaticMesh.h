@@ -3,13 +3,23 @@
 
 #include "CoreMinimal.h"
 #include "Engine/EngineTypes.h"
-#include "Headless/StaticMeshGeometry.h"
-#include "Interface_AsyncCompilation.h"
-#include "Materials/MaterialInterface.h"
-#include "StaticMeshResources.h"
+#include "Interfaces/Interface_AsyncCompilation.h"
+#include "Templates/UniquePtr.h"
 #include "UObject/Object.h"
 #include "UObject/ObjectMacros.h"
 #include "UObject/ObjectPtr.h"
+#include "UObject/UObjectGlobals.h"
+
+// As in the engine's header, these are only declared: their users include their own headers.
+class UMaterialInterface;
+class UPackage;
+class FStaticMeshRenderData;
+
+namespace UE::Headless
+{
+	struct FStaticMeshGeometry;
+	struct FStaticMeshGeometryAccess;
+}
 
 struct FMeshUVChannelInfo
 {
@@ -25,15 +35,9 @@ struct FMeshUVChannelInfo
 
 struct FStaticMaterial
 {
-	FStaticMaterial() = default;
-	FStaticMaterial(UMaterialInterface* InMaterialInterface, FName InMaterialSlotName = NAME_None, FName InImportedMaterialSlotName = NAME_None,
-		UMaterialInterface* InOverlayMaterialInterface = nullptr)
-		: MaterialInterface(InMaterialInterface)
-		, MaterialSlotName(InMaterialSlotName)
-		, ImportedMaterialSlotName(InImportedMaterialSlotName)
-		, OverlayMaterialInterface(InOverlayMaterialInterface)
-	{
-	}
+	ENGINE_API FStaticMaterial();
+	ENGINE_API FStaticMaterial(UMaterialInterface* InMaterialInterface, FName InMaterialSlotName = NAME_None, FName InImportedMaterialSlotName = NAME_None,
+		UMaterialInterface* InOverlayMaterialInterface = nullptr);
 
 	TObjectPtr<UMaterialInterface> MaterialInterface;
 	FName MaterialSlotName;
@@ -51,29 +55,37 @@ struct FStaticMaterial
 
 ENGINE_API FArchive& operator<<(FArchive& Ar, FStaticMaterial& Material);
 
+// The parts of a static mesh that an asynchronous build may be reading or writing; an accessor of a locked
+// part first finishes the mesh's build.
 enum class EStaticMeshAsyncProperties : uint32
 {
 	None = 0,
 	RenderData = 1 << 0,
-	OccluderData = 1 << 1,
 	SourceModels = 1 << 2,
 	SectionInfoMap = 1 << 3,
 	OriginalSectionInfoMap = 1 << 4,
 	NavCollision = 1 << 5,
-	LightmapUVDensity = 1 << 6,
-	LightingGuid = 1 << 7,
-	ExtendedBounds = 1 << 8,
-	NegativeBoundsExtension = 1 << 9,
-	PositiveBoundsExtension = 1 << 10,
-	LightMapCoordinateIndex = 1 << 11,
+	LightmapUVVersion = 1 << 6,
+	BodySetup = 1 << 7,
+	LightingGuid = 1 << 8,
+	ExtendedBounds = 1 << 9,
+	NegativeBoundsExtension = 1 << 10,
+	PositiveBoundsExtension = 1 << 11,
 	StaticMaterials = 1 << 12,
+	LightmapUVDensity = 1 << 13,
+	IsBuiltAtRuntime = 1 << 14,
+	MinLOD = 1 << 15,
+	LightMapCoordinateIndex = 1 << 16,
+	LightMapResolution = 1 << 17,
+	HiResSourceModel = 1 << 18,
+	UseLegacyTangentScaling = 1 << 19,
 	All = MAX_uint32,
 };
 ENUM_CLASS_FLAGS(EStaticMeshAsyncProperties);
 
 class UStaticMesh : public UObject, public IInterface_AsyncCompilation
 {
-	DECLARE_HEADLESS_CLASS(UStaticMesh, UObject, ENGINE_API)
+	DECLARE_CLASS(UStaticMesh, UObject, CLASS_None, CASTCLASS_None, TEXT("/Script/Engine"), ENGINE_API)
 
 public:
 	struct FCommitMeshDescriptionParams
@@ -91,9 +103,10 @@ public:
 	ENGINE_API UStaticMesh();
 	ENGINE_API ~UStaticMesh() override;
 
-	UE_DEPRECATED(5.7, "Direct access to NaniteSettings is deprecated; use the various NaniteSettings accessor functions.")
+	UE_DEPRECATED(5.7, "Please do not access this member directly, it will become private soon; use the various NaniteSettings accessor functions.")
 	FMeshNaniteSettings NaniteSettings;
 
+	// The Nanite settings have no asynchronous lock: reading them never waits for a build.
 	[[nodiscard]] ENGINE_API const FMeshNaniteSettings& GetNaniteSettings() const;
 	[[nodiscard]] ENGINE_API FMeshNaniteSettings& GetNaniteSettings();
 	ENGINE_API void SetNaniteSettings(const FMeshNaniteSettings& Settings);
@@ -105,20 +118,22 @@ public:
 	// Nanite enabled and assembly data with at least one part and one node.
 	[[nodiscard]] ENGINE_API bool IsNaniteAssembly() const;
 
-	// Both wait for the asynchronous build to release the material list first.
+	// These wait for a build in flight to release the material list first.
 	[[nodiscard]] ENGINE_API TArray<FStaticMaterial>& GetStaticMaterials();
 	[[nodiscard]] ENGINE_API const TArray<FStaticMaterial>& GetStaticMaterials() const;
 	ENGINE_API void SetStaticMaterials(const TArray<FStaticMaterial>& InStaticMaterials);
 	[[nodiscard]] ENGINE_API UMaterialInterface* GetMaterial(int32 MaterialIndex) const;
 
-	// Both finish this mesh's build first when one is in flight; null before the first build.
+	// Both wait for a build in flight to release the render data; null before the first build.
 	[[nodiscard]] ENGINE_API FStaticMeshRenderData* GetRenderData();
 	[[nodiscard]] ENGINE_API const FStaticMeshRenderData* GetRenderData() const;
 	[[nodiscard]] ENGINE_API bool HasValidNaniteData() const;
 
+	// A build is in flight or holds any of the mesh's properties; never waits.
 	[[nodiscard]] ENGINE_API bool IsCompiling() const override;
 
-	// Starts a build of the render data; asynchronous when the compiling manager allows it.
+	// Starts a build of the render data: asynchronous when the compiling manager allows it, after finishing
+	// a build already in flight.
 	ENGINE_API void Build(bool bInSilent = false, TArray<FText>* OutErrors = nullptr);
 	[[nodiscard]] ENGINE_API int32 GetNumSourceModels() const;
 	ENGINE_API void SetNumSourceModels(int32 Num);
@@ -131,14 +146,20 @@ public:
 
 private:
 	friend class FStaticMeshCompilingManager;
-	friend ENGINE_API UE::Headless::FStaticMeshGeometry& UE::Headless::GetMeshGeometry(UStaticMesh& Mesh);
-	friend ENGINE_API const UE::Headless::FStaticMeshGeometry& UE::Headless::GetMeshGeometry(const UStaticMesh& Mesh);
+	friend struct UE::Headless::FStaticMeshGeometryAccess;
 
+	void AcquireAsyncProperty(EStaticMeshAsyncProperties AsyncProperties = EStaticMeshAsyncProperties::All);
+	void ReleaseAsyncProperty(EStaticMeshAsyncProperties AsyncProperties = EStaticMeshAsyncProperties::All);
 	ENGINE_API void WaitUntilAsyncPropertyReleased(EStaticMeshAsyncProperties AsyncProperties) const;
+
+	// The build itself, which the compiling manager runs when the mesh's turn comes: render data from the
+	// source geometry, then every property released.
 	void FinishBuild();
 
 	TArray<FStaticMaterial> StaticMaterials;
-	UE::Headless::FStaticMeshGeometry Geometry;
+	TUniquePtr<UE::Headless::FStaticMeshGeometry> Geometry;
 	TUniquePtr<FStaticMeshRenderData> RenderData;
-	EStaticMeshAsyncProperties LockedProperties = EStaticMeshAsyncProperties::None;
+	uint32 LockedProperties = (uint32)EStaticMeshAsyncProperties::None;
+	// Queued with the compiling manager (the engine's AsyncTask).
+	bool bAsyncBuildPending = false;
 };

@@ -6,5 +6,5 @@
 
 class UTexture : public UObject
 {
-	DECLARE_HEADLESS_CLASS(UTexture, UObject, ENGINE_API)
+	DECLARE_CLASS(UTexture, UObject, CLASS_Abstract, CASTCLASS_None, TEXT("/Script/Engine"), ENGINE_API)
 };

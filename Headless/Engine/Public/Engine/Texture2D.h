@@ -4,7 +4,7 @@
 
 class UTexture2D : public UTexture
 {
-	DECLARE_HEADLESS_CLASS(UTexture2D, UTexture, ENGINE_API)
+	DECLARE_CLASS(UTexture2D, UTexture, CLASS_None, CASTCLASS_None, TEXT("/Script/Engine"), ENGINE_API)
 
 public:
 	[[nodiscard]] int32 GetSizeX() const { return SizeX; }

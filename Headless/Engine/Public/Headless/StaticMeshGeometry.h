@@ -37,6 +37,13 @@ namespace UE::Headless
 	ENGINE_API FArchive& operator<<(FArchive& Ar, FMeshTriangle& Triangle);
 	ENGINE_API FArchive& operator<<(FArchive& Ar, FStaticMeshGeometry& Geometry);
 
+	// The engine's static mesh keeps its geometry to itself; the harness reaches it here.
+	struct ENGINE_API FStaticMeshGeometryAccess
+	{
+		static FStaticMeshGeometry& Get(UStaticMesh& Mesh);
+		static const FStaticMeshGeometry& Get(const UStaticMesh& Mesh);
+	};
+
 	ENGINE_API FStaticMeshGeometry& GetMeshGeometry(UStaticMesh& Mesh);
 	ENGINE_API const FStaticMeshGeometry& GetMeshGeometry(const UStaticMesh& Mesh);
 

@@ -4,7 +4,7 @@
 
 class UMaterial : public UMaterialInterface
 {
-	DECLARE_HEADLESS_CLASS(UMaterial, UMaterialInterface, ENGINE_API)
+	DECLARE_CLASS(UMaterial, UMaterialInterface, CLASS_None, CASTCLASS_None, TEXT("/Script/Engine"), ENGINE_API)
 
 public:
 	UMaterial* GetMaterial() override { return this; }

@@ -5,7 +5,7 @@
 
 class UMaterialInstance : public UMaterialInterface
 {
-	DECLARE_HEADLESS_CLASS(UMaterialInstance, UMaterialInterface, ENGINE_API)
+	DECLARE_CLASS(UMaterialInstance, UMaterialInterface, CLASS_Abstract, CASTCLASS_None, TEXT("/Script/Engine"), ENGINE_API)
 
 public:
 	TObjectPtr<UMaterialInterface> Parent;

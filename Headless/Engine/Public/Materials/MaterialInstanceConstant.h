@@ -4,5 +4,5 @@
 
 class UMaterialInstanceConstant : public UMaterialInstance
 {
-	DECLARE_HEADLESS_CLASS(UMaterialInstanceConstant, UMaterialInstance, ENGINE_API)
+	DECLARE_CLASS(UMaterialInstanceConstant, UMaterialInstance, CLASS_None, CASTCLASS_None, TEXT("/Script/Engine"), ENGINE_API)
 };

@@ -9,7 +9,7 @@ class UMaterial;
 // The base of every material that a mesh slot can use.
 class UMaterialInterface : public UObject
 {
-	DECLARE_HEADLESS_CLASS(UMaterialInterface, UObject, ENGINE_API)
+	DECLARE_CLASS(UMaterialInterface, UObject, CLASS_Abstract, CASTCLASS_None, TEXT("/Script/Engine"), ENGINE_API)
 
 public:
 	// The material at the root of this one's parent chain; null when the chain is broken.

@@ -8,7 +8,7 @@
 
 class UEditorEngine : public UObject
 {
-	DECLARE_HEADLESS_CLASS(UEditorEngine, UObject, UNREALED_API)
+	DECLARE_CLASS(UEditorEngine, UObject, CLASS_None, CASTCLASS_None, TEXT("/Script/UnrealEd"), UNREALED_API)
 
 public:
 	UTransBuffer* Trans = nullptr;

@@ -5,16 +5,19 @@
 #include "UObject/Object.h"
 #include "UObject/ObjectMacros.h"
 
-class FHeadlessTransaction;
+namespace UE::Headless
+{
+	class FTransaction;
+}
 
 class UTransactor : public UObject
 {
-	DECLARE_HEADLESS_CLASS(UTransactor, UObject, UNREALED_API)
+	DECLARE_CLASS(UTransactor, UObject, CLASS_Abstract, CASTCLASS_None, TEXT("/Script/UnrealEd"), UNREALED_API)
 };
 
 class UTransBuffer : public UTransactor
 {
-	DECLARE_HEADLESS_CLASS(UTransBuffer, UTransactor, UNREALED_API)
+	DECLARE_CLASS(UTransBuffer, UTransactor, CLASS_None, CASTCLASS_None, TEXT("/Script/UnrealEd"), UNREALED_API)
 
 public:
 	UNREALED_API UTransBuffer();
@@ -43,8 +46,8 @@ public:
 	[[nodiscard]] UNREALED_API FText GetOpenTransactionTitle() const;
 
 private:
-	TArray<FHeadlessTransaction*> UndoBuffer;
-	TArray<FHeadlessTransaction*> RemovedTransactions;
+	TArray<UE::Headless::FTransaction*> UndoBuffer;
+	TArray<UE::Headless::FTransaction*> RemovedTransactions;
 	int32 UndoCount = 0;
 	int32 PreviousUndoCount = 0;
 	int32 ActiveCount = 0;

@@ -1,5 +1,6 @@
 #include "Build/NaniteAssemblyBuildVerb.h"
 
+#include "AssetRegistry/AssetData.h"
 #include "AssetRegistry/IAssetRegistry.h"
 #include "Build/NaniteAssemblyBuildExecution.h"
 #include "Engine/StaticMesh.h"

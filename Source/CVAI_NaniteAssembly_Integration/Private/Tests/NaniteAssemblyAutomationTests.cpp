@@ -11,6 +11,7 @@
 #include "LuaSessionData.h"
 #include "Misc/PackageName.h"
 #include "Request/NaniteAssemblyBuildRequest.h"
+#include "UObject/ObjectSaveContext.h"
 #include "UObject/Package.h"
 #include "UObject/UObjectGlobals.h"
 
@@ -56,7 +57,9 @@ bool FNaniteAssemblyBuildTest::RunTest(const FString& Parameters)
 	FLuaSessionData Session;
 	FNaniteAssemblyBuildOutcome Outcome;
 	FString Error;
-	UTEST_TRUE(*FString::Printf(TEXT("the build succeeds (%s)"), *Error), ExecuteNaniteAssemblyBuild(Request, Session, Outcome, Error));
+	// The message is made after the call that fills Error: both as arguments of one call would be unordered.
+	const bool bBuilt = ExecuteNaniteAssemblyBuild(Request, Session, Outcome, Error);
+	UTEST_TRUE(*FString::Printf(TEXT("the build succeeds (%s)"), *Error), bBuilt);
 	UTEST_TRUE(TEXT("the outcome holds the mesh"), Outcome.Mesh != nullptr);
 
 	const UStaticMesh& Mesh = *Outcome.Mesh;
@@ -188,7 +191,8 @@ bool FNaniteAssemblyUndoTest::RunTest(const FString& Parameters)
 	FLuaSessionData Session;
 	FNaniteAssemblyBuildOutcome Outcome;
 	FString Error;
-	UTEST_TRUE(*FString::Printf(TEXT("the build succeeds (%s)"), *Error), ExecuteNaniteAssemblyBuild(Request, Session, Outcome, Error));
+	const bool bBuilt = ExecuteNaniteAssemblyBuild(Request, Session, Outcome, Error);
+	UTEST_TRUE(*FString::Printf(TEXT("the build succeeds (%s)"), *Error), bBuilt);
 	TestTrue(TEXT("the base mesh was edited in place"), Outcome.Mesh == Base && Outcome.bOverwritten);
 	TestTrue(TEXT("the build owned its transaction"), Outcome.bTransactionOwned);
 	TestEqual(TEXT("parts after the build"), AssemblyOf(*Base).Parts.Num(), 2);

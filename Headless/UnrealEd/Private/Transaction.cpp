@@ -1,16 +1,16 @@
-#include "HeadlessTransaction.h"
+#include "Transaction.h"
 
 #include "Serialization/MemoryReader.h"
 #include "Serialization/MemoryWriter.h"
 #include "UObject/Object.h"
 
-FHeadlessTransaction::FHeadlessTransaction(const TCHAR* InContext, const FText& InTitle)
+UE::Headless::FTransaction::FTransaction(const TCHAR* InContext, const FText& InTitle)
 	: Context(InContext ? InContext : TEXT(""))
 	, Title(InTitle)
 {
 }
 
-bool FHeadlessTransaction::SaveObject(UObject* Object)
+bool UE::Headless::FTransaction::SaveObject(UObject* Object)
 {
 	if (!Object)
 	{
@@ -28,7 +28,7 @@ bool FHeadlessTransaction::SaveObject(UObject* Object)
 	return true;
 }
 
-void FHeadlessTransaction::Apply()
+void UE::Headless::FTransaction::Apply()
 {
 	for (int32 Index = Records.Num() - 1; Index >= 0; --Index)
 	{
