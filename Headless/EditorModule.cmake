@@ -7,7 +7,8 @@
 #    the C and C++ standard library (checked before anything is compiled);
 #  - its .cpp files compile one by one and also together as one unity translation unit, in both orders,
 #    as UBT's unity build puts them into one file;
-#  - warnings are errors, shadowing included.
+#  - warnings are errors, shadowing included, and a local or parameter that hides a namespace's variable or
+#    enumerator (which MSVC reports and GCC does not) is found by Tools/ShadowVariableCheck.
 #
 #   headless_editor_module(Name SourceDir)   the module's folder is SourceDir/Name, as in a plugin's Source/
 #
@@ -106,8 +107,21 @@ function(headless_editor_module Name SourceDir)
 	target_compile_options(${Name}Unity PRIVATE ${EDITOR_MODULE_WARNINGS} -fvisibility=hidden -fvisibility-inlines-hidden)
 	add_dependencies(${Name}Unity ${Name}Includes)
 
+	# Declarations that hide a namespace's variable or enumerator, which GCC does not report, checked on the
+	# unity translation unit: there, as in UBT's unity build, every file's anonymous namespace encloses the
+	# files after it.
+	set(ShadowStamp ${BinaryDir}/${Name}.shadowing-checked)
+	add_custom_command(OUTPUT ${ShadowStamp}
+		COMMAND ShadowVariableCheck ${CMAKE_BINARY_DIR} ${BinaryDir}/Unity/Module.${Name}.cpp ${ModuleDir}
+		COMMAND ${CMAKE_COMMAND} -E touch ${ShadowStamp}
+		DEPENDS ShadowVariableCheck ${Files} ${BinaryDir}/Unity/Module.${Name}.cpp
+		COMMENT "Checking ${Name} for declarations that hide others"
+		VERBATIM)
+	add_custom_target(${Name}Shadowing DEPENDS ${ShadowStamp})
+	add_dependencies(${Name}Shadowing ${Name}Includes)
+
 	add_library(${Name} SHARED $<TARGET_OBJECTS:${Name}Objects>)
 	target_link_libraries(${Name} PRIVATE ${DependencyTargets})
 	target_link_options(${Name} PRIVATE -Wl,--no-undefined)
-	add_dependencies(${Name} ${Name}Unity)
+	add_dependencies(${Name} ${Name}Unity ${Name}Shadowing)
 endfunction()

@@ -9,6 +9,7 @@ packages=(
 	libgtest-dev                        # unit tests
 	libbenchmark-dev                    # benchmark programs
 	clang libclang-rt-dev               # libFuzzer target of the request reader
+	libclang-dev                        # the build's check for declarations that hide others
 )
 
 missing=()
