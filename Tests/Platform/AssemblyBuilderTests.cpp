@@ -318,7 +318,7 @@ TEST_F(FAssemblyBuilderTest, FinishingEnablesNaniteAndQueuesTheBuildWithoutATran
 	EXPECT_TRUE(UE::Headless::GetUndoHistory().IsEmpty());
 	EXPECT_TRUE(Target->HasValidNaniteData());
 	EXPECT_FALSE(Target->IsCompiling());
-	EXPECT_EQ(Target->GetRenderData()->NaniteResources.NumAssemblyNodes, 2);
+	EXPECT_EQ(UE::Headless::FRenderDataAccess::GetNumAssemblyNodes(*Target->GetRenderData()), 2);
 
 	// Editing an assembly replaces its parts and nodes; the slots it had become the base slots.
 	Builder = Begin(Target);

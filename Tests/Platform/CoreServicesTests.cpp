@@ -182,7 +182,7 @@ TEST(CoreMisc, EngineVersionAndPaths)
 	EXPECT_TRUE(FPaths::IsUnderDirectory(TEXT("/a/x/../b/./c"), TEXT("/a/b")));
 	EXPECT_TRUE(FPaths::IsUnderDirectory(TEXT("\\a\\b\\c"), TEXT("/a/b")));
 	EXPECT_FALSE(FPaths::IsUnderDirectory(TEXT("/a"), TEXT("/a/b")));
-	EXPECT_TRUE(FPaths::IsUnderDirectory(TEXT("relative/file"), FPaths::BaseDir()));
+	EXPECT_TRUE(FPaths::IsUnderDirectory(TEXT("relative/file"), UE::Headless::GetExecutableDir()));
 }
 
 TEST(CoreSerialization, MemoryArchivesRoundTripExactly)

@@ -3,6 +3,7 @@
 
 #include "Containers/StringConv.h"
 #include "Containers/UnrealString.h"
+#include "Headless/TextAccess.h"
 #include "Internationalization/Internationalization.h"
 #include "Misc/CString.h"
 
@@ -150,7 +151,7 @@ TEST(CoreString, TextAndCStringHelpers)
 {
 	const FText Localised = NSLOCTEXT("HeadlessTests", "Greeting", "Hello");
 	EXPECT_EQ(Utf8(Localised), "Hello");
-	EXPECT_EQ(Utf8(Localised.GetNamespace() + TEXT(".") + Localised.GetKey()), "HeadlessTests.Greeting");
+	EXPECT_EQ(Utf8(UE::Headless::FTextAccess::GetNamespace(Localised) + TEXT(".") + UE::Headless::FTextAccess::GetKey(Localised)), "HeadlessTests.Greeting");
 	EXPECT_TRUE(Localised.EqualTo(FText::FromString(TEXT("Hello"))));
 	EXPECT_FALSE(Localised.EqualTo(FText::FromString(TEXT("hello"))) || Localised.IdenticalTo(FText::FromString(TEXT("Hello"))));
 	EXPECT_EQ(Utf8(FText::FromName(FName(TEXT("Slot_3")))), "Slot_3");

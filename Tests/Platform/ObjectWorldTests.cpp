@@ -87,12 +87,12 @@ TEST(ObjectWorld, GarbageIsNeverFoundAndNamesAreReplacedAtEveryDepth)
 	// Making an object where one already lives replaces it: the old one becomes garbage.
 	UMaterial* First = NewObject<UMaterial>(Again, FName(TEXT("Sub")));
 	UMaterial* Second = NewObject<UMaterial>(Again, FName(TEXT("Sub")));
-	EXPECT_TRUE(First->IsGarbage());
+	EXPECT_TRUE(First->HasAnyInternalFlags(EInternalObjectFlags::Garbage));
 	EXPECT_EQ(StaticFindObject(UObject::StaticClass(), Again, TEXT("Sub")), Second);
 	UMaterial* DeepFirst = NewObject<UMaterial>(Second, FName(TEXT("Deep")));
 	UMaterial* DeepSecond = NewObject<UMaterial>(Second, FName(TEXT("Deep")));
-	EXPECT_TRUE(DeepFirst->IsGarbage());
-	EXPECT_FALSE(DeepSecond->IsGarbage());
+	EXPECT_TRUE(DeepFirst->HasAnyInternalFlags(EInternalObjectFlags::Garbage));
+	EXPECT_FALSE(DeepSecond->HasAnyInternalFlags(EInternalObjectFlags::Garbage));
 
 	// Unnamed objects take the next number of their class's counter, whatever their outer, skipping a
 	// name that is taken; none replaces another.
@@ -104,7 +104,7 @@ TEST(ObjectWorld, GarbageIsNeverFoundAndNamesAreReplacedAtEveryDepth)
 	UMaterial* NestedSecond = NewObject<UMaterial>(Second);
 	EXPECT_EQ(Utf8(NestedFirst->GetName()), "Material_" + std::to_string(Next + 3));
 	EXPECT_EQ(Utf8(NestedSecond->GetName()), "Material_" + std::to_string(Next + 4));
-	EXPECT_FALSE(NestedFirst->IsGarbage());
+	EXPECT_FALSE(NestedFirst->HasAnyInternalFlags(EInternalObjectFlags::Garbage));
 
 	// A new editor starts without the objects of the last one; rooted objects and classes stay.
 	UMaterial* Rooted = NewObject<UMaterial>(Package, FName(TEXT("Rooted")), AssetFlags);

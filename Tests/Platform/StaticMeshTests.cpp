@@ -187,7 +187,7 @@ TEST(StaticMesh, AssemblyQueriesFollowTheSettingsAndConsoleVariables)
 	// The project enables assemblies; without them only real triangles give Nanite data.
 	EXPECT_TRUE(NaniteAssembliesSupported());
 	EXPECT_TRUE(RebuildHasNaniteData(*Mesh));
-	EXPECT_EQ(Mesh->GetRenderData()->NaniteResources.NumAssemblyNodes, 2);
+	EXPECT_EQ(UE::Headless::FRenderDataAccess::GetNumAssemblyNodes(*Mesh->GetRenderData()), 2);
 	UE::Headless::SetConsoleVariable(TEXT("r.Nanite.AllowAssemblies"), TEXT("0"));
 	EXPECT_FALSE(NaniteAssembliesSupported());
 	EXPECT_TRUE(Mesh->HasValidNaniteData());
@@ -199,8 +199,8 @@ TEST(StaticMesh, AssemblyQueriesFollowTheSettingsAndConsoleVariables)
 	UE::Headless::SetConsoleVariable(TEXT("r.Nanite.Foliage"), TEXT("0"));
 	UE::Headless::GetMeshGeometry(*Mesh) = UE::Headless::MakeBasicShapeGeometry(UE::Headless::EBasicShape::Plane, FName(TEXT("Slot")));
 	EXPECT_TRUE(RebuildHasNaniteData(*Mesh));
-	EXPECT_EQ(Mesh->GetRenderData()->NaniteResources.NumInputTriangles, 2);
-	EXPECT_EQ(Mesh->GetRenderData()->NaniteResources.NumAssemblyNodes, 0);
+	EXPECT_EQ(Mesh->GetRenderData()->NaniteResourcesPtr->NumInputTriangles, 2u);
+	EXPECT_EQ(UE::Headless::FRenderDataAccess::GetNumAssemblyNodes(*Mesh->GetRenderData()), 0);
 
 	// Forcing Nanite on counts as enabled for every mesh.
 	Mesh->GetNaniteSettings().bEnabled = false;

@@ -4,6 +4,7 @@
 
 #include "CoreGlobals.h"
 #include "Editor.h"
+#include "Editor/Transactor.h"
 #include "Engine/StaticMesh.h"
 #include "Headless/EditorRuntime.h"
 #include "Headless/StaticMeshGeometry.h"
@@ -285,5 +286,5 @@ TEST_F(FTransactionTest, OnlyTransactionalObjectsAreRecordedWhenATransactionCanO
 	ASSERT_TRUE(GEditor->UndoTransaction());
 	EXPECT_EQ(StaticFindObject(UObject::StaticClass(), Mesh, TEXT("Sub")), Sub);
 	ASSERT_TRUE(GEditor->RedoTransaction());
-	EXPECT_TRUE(Sub->IsGarbage());
+	EXPECT_TRUE(Sub->HasAnyInternalFlags(EInternalObjectFlags::Garbage));
 }

@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 
-namespace UE::Assert::Private
+namespace UE::Headless::Private
 {
 	void OnCheckFailed(const char* Expression, const char* File, int Line)
 	{

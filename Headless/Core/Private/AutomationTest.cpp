@@ -143,7 +143,7 @@ namespace UE::Headless
 	}
 	Registration->Test->ClearExecutionInfo();
 	const bool bReturned = Registration->Test->RunTest(FString());
-	OutErrors = Registration->Test->GetErrors();
+	OutErrors = Registration->Test->Errors;
 	if (!bReturned && OutErrors.IsEmpty())
 	{
 		OutErrors.Add(TEXT("the test returned false"));

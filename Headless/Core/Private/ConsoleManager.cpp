@@ -48,7 +48,7 @@ namespace
 		int32 GetInt() const override { return ParseInt(Value); }
 		float GetFloat() const override { return std::strtof(UE::Headless::ToUtf8(Value).c_str(), nullptr); }
 		FString GetString() const override { return Value; }
-		uint32 GetFlags() const override { return Flags; }
+		EConsoleVariableFlags GetFlags() const override { return (EConsoleVariableFlags)Flags; }
 		void ResetToDefault() { Value = DefaultValue; }
 		const TCHAR* GetHelp() const override { return *Help; }
 

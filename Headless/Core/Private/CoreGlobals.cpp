@@ -5,3 +5,4 @@ bool GIsTransacting = false;
 bool GIsEditorLoadingPackage = false;
 bool GIsAutomationTesting = false;
 bool GIsRunningUnattendedScript = false;
+ITransaction* GUndo = nullptr;

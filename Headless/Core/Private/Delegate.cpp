@@ -1,10 +1,7 @@
 #include "Delegates/Delegate.h"
 
-namespace UE::Core::Private
+uint64 FDelegateHandle::GenerateNewID()
 {
-	uint64 NextDelegateHandleId()
-	{
-		static uint64 NextId = 0;
-		return ++NextId;
-	}
+	static uint64 NextId = 0;
+	return ++NextId;
 }

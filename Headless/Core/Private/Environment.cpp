@@ -167,7 +167,3 @@ FString FPaths::ProjectSavedDir()
 	return ProjectDir() + TEXT("Saved/");
 }
 
-FString FPaths::BaseDir()
-{
-	return UE::Headless::GetExecutableDir();
-}

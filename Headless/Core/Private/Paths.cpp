@@ -1,12 +1,13 @@
 #include "Misc/Paths.h"
 
+#include "Headless/Environment.h"
 #include "Headless/StringUtils.h"
 
 #include <filesystem>
 
 FString FPaths::ConvertRelativePathToFull(const FString& InPath)
 {
-	return ConvertRelativePathToFull(BaseDir(), InPath);
+	return ConvertRelativePathToFull(UE::Headless::GetExecutableDir(), InPath);
 }
 
 FString FPaths::ConvertRelativePathToFull(const FString& BasePath, const FString& InPath)

@@ -130,14 +130,14 @@ FString& FString::AppendChar(TCHAR InChar)
 	return Append(&InChar, 1);
 }
 
-FString& FString::PathAppend(const TCHAR* Str)
+void FString::PathAppend(const TCHAR* Str, int32 StrLength)
 {
-	const int32 StrLen = Str ? FCString::Strlen(Str) : 0;
+	const int32 StrLen = Str ? StrLength : 0;
 	if (Len() > 0 && (*this)[Len() - 1] != TEXT('/') && (StrLen == 0 || Str[0] != TEXT('/')))
 	{
 		AppendChar(TEXT('/'));
 	}
-	return Append(Str, StrLen);
+	Append(Str, StrLen);
 }
 
 bool FString::Equals(const FString& Other, ESearchCase::Type SearchCase) const

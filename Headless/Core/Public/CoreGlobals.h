@@ -10,3 +10,7 @@ extern CORE_API bool GIsTransacting;
 extern CORE_API bool GIsEditorLoadingPackage;
 extern CORE_API bool GIsAutomationTesting;
 extern CORE_API bool GIsRunningUnattendedScript;
+
+class ITransaction;
+// The transaction that is open now, or null.
+extern CORE_API ITransaction* GUndo;

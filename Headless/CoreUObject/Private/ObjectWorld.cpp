@@ -13,7 +13,6 @@
 
 DEFINE_LOG_CATEGORY_STATIC(LogUObjectGlobals, Log, All);
 
-ITransaction* GUndo = nullptr;
 
 namespace UE::Headless::Private
 {
@@ -51,7 +50,7 @@ namespace UE::Headless::Private
 		}
 		for (auto It = Found->second.rbegin(); It != Found->second.rend(); ++It)
 		{
-			if (bIncludeGarbage || !(*It)->IsGarbage())
+			if (bIncludeGarbage || !(*It)->HasAnyInternalFlags(EInternalObjectFlags::Garbage))
 			{
 				return *It;
 			}
@@ -311,7 +310,7 @@ UObject::~UObject() = default;
 bool UObject::Modify(bool bAlwaysMarkDirty)
 {
 	bool bSavedToTransactionBuffer = false;
-	if (GUndo && HasAnyFlags(RF_Transactional) && !IsGarbage())
+	if (GUndo && HasAnyFlags(RF_Transactional) && !HasAnyInternalFlags(EInternalObjectFlags::Garbage))
 	{
 		UPackage* Package = GetOutermost();
 		const bool bScriptOrPlayPackage = Package && Package->HasAnyPackageFlags(PKG_ContainsScript | PKG_CompiledIn | PKG_PlayInEditor);
@@ -321,8 +320,8 @@ bool UObject::Modify(bool bAlwaysMarkDirty)
 			{
 				MarkPackageDirty();
 			}
-			bSavedToTransactionBuffer = GUndo->SaveObject(this);
-			return bSavedToTransactionBuffer;
+			GUndo->SaveObject(this);
+			return true;
 		}
 	}
 	if (bAlwaysMarkDirty)
@@ -354,7 +353,7 @@ void UObject::PostEditUndo()
 
 bool UObject::IsAsset() const
 {
-	if (HasAnyFlags(RF_Transient | RF_ClassDefaultObject) || !HasAnyFlags(RF_Public) || IsGarbage())
+	if (HasAnyFlags(RF_Transient | RF_ClassDefaultObject) || !HasAnyFlags(RF_Public) || HasAnyInternalFlags(EInternalObjectFlags::Garbage))
 	{
 		return false;
 	}
@@ -368,7 +367,7 @@ bool UObject::IsAsset() const
 
 bool IsValid(const UObject* Test)
 {
-	return Test && !Test->IsGarbage();
+	return Test && !Test->HasAnyInternalFlags(EInternalObjectFlags::Garbage);
 }
 
 void UObjectBaseUtility::GetPathName(const UObject* StopOuter, FString& ResultString) const
@@ -553,7 +552,7 @@ void GetObjectsWithOuter(const UObjectBase* Outer, TArray<UObject*>& Results, bo
 	Results.Reset();
 	UE::Headless::Private::FObjectWorld::Get().ForEach([&](UObject* Object)
 	{
-		if (Object->IsGarbage() || Object->HasAnyFlags(ExclusionFlags))
+		if (Object->HasAnyInternalFlags(EInternalObjectFlags::Garbage) || Object->HasAnyFlags(ExclusionFlags))
 		{
 			return;
 		}
@@ -574,7 +573,7 @@ void ForEachObjectOfClass(const UClass* ClassToLookFor, const std::function<void
 	TArray<UObject*> Matches;
 	UE::Headless::Private::FObjectWorld::Get().ForEach([&](UObject* Object)
 	{
-		if (!Object->IsGarbage() && !Object->HasAnyFlags(ExcludeFlags)
+		if (!Object->HasAnyInternalFlags(EInternalObjectFlags::Garbage) && !Object->HasAnyFlags(ExcludeFlags)
 			&& (bIncludeDerivedClasses ? Object->IsA(ClassToLookFor) : Object->GetClass() == ClassToLookFor))
 		{
 			Matches.Add(Object);

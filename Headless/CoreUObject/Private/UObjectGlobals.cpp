@@ -66,7 +66,7 @@ UPackage* CreatePackage(const TCHAR* InPackageName)
 		bOnDisk && FPackageName::TryConvertFilenameToLongPackageName(Filename, CanonicalName) ? CanonicalName : PackageName);
 	if (bOnDisk)
 	{
-		Package->MarkAsNotFullyLoaded();
+		Package->MarkAsUnloaded();
 	}
 	return Package;
 }

@@ -17,6 +17,18 @@
 
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
 
+namespace UE::Headless
+{
+	struct FTextureAccess
+	{
+		static void SetSize(UTexture2D& Texture, int32 SizeX, int32 SizeY)
+		{
+			Texture.SizeX = SizeX;
+			Texture.SizeY = SizeY;
+		}
+	};
+}
+
 namespace
 {
 	using FJson = nlohmann::json;
@@ -248,7 +260,7 @@ namespace
 
 	bool ReadTexture(UObject& Object, const FJson& In, FString& OutError)
 	{
-		static_cast<UTexture2D&>(Object).SetSize(In.value("size_x", 0), In.value("size_y", 0));
+		UE::Headless::FTextureAccess::SetSize(static_cast<UTexture2D&>(Object), In.value("size_x", 0), In.value("size_y", 0));
 		return true;
 	}
 

@@ -249,12 +249,13 @@ void UStaticMesh::FinishBuild()
 	{
 		const int32 RealTriangles = Source.CountRealTriangles();
 		const int32 AssemblyNodes = IsNaniteAssembly() && NaniteAssembliesSupported() ? NaniteSettings.NaniteAssemblyData.Nodes.Num() : 0;
-		Built->NaniteResources.NumInputTriangles = RealTriangles;
-		Built->NaniteResources.NumAssemblyNodes = AssemblyNodes;
+		Nanite::FResources& Nanite = *(Built->NaniteResourcesPtr = MakeUnique<Nanite::FResources>());
+		Nanite.NumInputTriangles = (uint32)RealTriangles;
+		Nanite.NumAssemblyNodes = AssemblyNodes;
 		const int32 Pages = (RealTriangles + TrianglesPerNanitePage - 1) / TrianglesPerNanitePage + (AssemblyNodes + NodesPerNanitePage - 1) / NodesPerNanitePage;
 		for (int32 Page = 0; Page < Pages; ++Page)
 		{
-			Built->NaniteResources.PageStreamingStates.Add((uint32)Page);
+			Nanite.PageStreamingStates.Add((uint32)Page);
 		}
 	}
 	RenderData = MoveTemp(Built);

@@ -1,6 +1,7 @@
 #include "Headless/StaticMeshGeometry.h"
 
 #include "Engine/StaticMesh.h"
+#include "StaticMeshResources.h"
 
 #include <cmath>
 
@@ -50,6 +51,11 @@ namespace UE::Headless
 	const FStaticMeshGeometry& FStaticMeshGeometryAccess::Get(const UStaticMesh& Mesh)
 	{
 		return *Mesh.Geometry;
+	}
+
+	int32 FRenderDataAccess::GetNumAssemblyNodes(const FStaticMeshRenderData& RenderData)
+	{
+		return RenderData.NaniteResourcesPtr ? RenderData.NaniteResourcesPtr->NumAssemblyNodes : 0;
 	}
 
 	FStaticMeshGeometry& GetMeshGeometry(UStaticMesh& Mesh)

@@ -3,6 +3,14 @@
 
 #include "Containers/Array.h"
 #include "Math/Vector.h"
+#include "Templates/UniquePtr.h"
+
+class UStaticMesh;
+
+namespace UE::Headless
+{
+	struct FRenderDataAccess;
+}
 
 namespace Nanite
 {
@@ -10,7 +18,13 @@ namespace Nanite
 	{
 		// One entry per streaming page of the built Nanite data.
 		TArray<uint32> PageStreamingStates;
-		int32 NumInputTriangles = 0;
+		uint32 NumInputTriangles = 0;
+
+	private:
+		friend class ::UStaticMesh;
+		friend struct ::UE::Headless::FRenderDataAccess;
+
+		// The assembly nodes the build took in (none while the renderer ignores assemblies).
 		int32 NumAssemblyNodes = 0;
 	};
 }
@@ -25,21 +39,30 @@ struct FStaticMeshSection
 struct FStaticMeshLODResources
 {
 	TArray<FStaticMeshSection> Sections;
-	int32 NumVertices = 0;
-	int32 NumTriangles = 0;
 
 	[[nodiscard]] int32 GetNumVertices() const { return NumVertices; }
 	[[nodiscard]] int32 GetNumTriangles() const { return NumTriangles; }
+
+private:
+	friend class UStaticMesh;
+
+	int32 NumVertices = 0;
+	int32 NumTriangles = 0;
 };
 
 class FStaticMeshRenderData
 {
 public:
 	TArray<FStaticMeshLODResources> LODResources;
-	Nanite::FResources NaniteResources;
-	FVector3f BoundsMin = FVector3f(0.0f);
-	FVector3f BoundsMax = FVector3f(0.0f);
+	TUniquePtr<Nanite::FResources> NaniteResourcesPtr;
 
 	// True when built Nanite resources with streaming pages are present.
-	[[nodiscard]] bool HasValidNaniteData() const { return NaniteResources.PageStreamingStates.Num() > 0; }
+	[[nodiscard]] bool HasValidNaniteData() const { return NaniteResourcesPtr && NaniteResourcesPtr->PageStreamingStates.Num() > 0; }
+
+private:
+	friend class UStaticMesh;
+	friend struct UE::Headless::FRenderDataAccess;
+
+	FVector3f BoundsMin = FVector3f(0.0f);
+	FVector3f BoundsMax = FVector3f(0.0f);
 };

@@ -217,7 +217,7 @@ namespace UE::Headless
 			lua_setfield(L, -2, "class");
 			PushTextList(L, DescribeObjectFlags(Object->GetFlags()));
 			lua_setfield(L, -2, "flags");
-			lua_pushboolean(L, Object->IsGarbage());
+			lua_pushboolean(L, Object->HasAnyInternalFlags(EInternalObjectFlags::Garbage));
 			lua_setfield(L, -2, "garbage");
 			const UPackage* Package = Object->GetOutermost();
 			PushText(L, Package ? Package->GetName() : FString());

@@ -1,7 +1,9 @@
 #include "Editor.h"
 
 #include "CoreGlobals.h"
+#include "Editor/TransBuffer.h"
 #include "Headless/ObjectRegistry.h"
+#include "Templates/Casts.h"
 #include "StaticMeshCompiler.h"
 
 IMPLEMENT_HEADLESS_CLASS(UEditorEngine, "EditorEngine")
@@ -48,7 +50,8 @@ bool UEditorEngine::IsTransactionActive() const
 
 FText UEditorEngine::GetTransactionName() const
 {
-	return Trans ? Trans->GetOpenTransactionTitle() : FText();
+	const UTransBuffer* Buffer = Cast<UTransBuffer>(Trans.Get());
+	return Buffer ? Buffer->GetOpenTransactionTitle() : FText();
 }
 
 bool UEditorEngine::CanTransact()

@@ -1,10 +1,12 @@
 #include "Headless/EditorRuntime.h"
 
 #include "Editor.h"
+#include "Editor/TransBuffer.h"
 #include "Headless/AssetRegistryState.h"
 #include "Headless/Faults.h"
 #include "Headless/ObjectRegistry.h"
 #include "StaticMeshCompiler.h"
+#include "Templates/Casts.h"
 #include "UObject/ObjectSaveContext.h"
 #include "UObject/Package.h"
 #include "UObject/UObjectGlobals.h"
@@ -102,22 +104,34 @@ namespace UE::Headless
 		return State().SavedPackages;
 	}
 
+	int32 FTransBufferAccess::GetActiveCount(const UTransBuffer& Buffer)
+	{
+		return Buffer.GetActiveCount();
+	}
+
+	FText FTransBufferAccess::GetTransactionTitle(const UTransBuffer& Buffer, int32 Index)
+	{
+		return Buffer.GetTransactionTitle(Index);
+	}
+
 	int32 GetTransactionDepth()
 	{
 		UEditorEngine* Editor = GEditor ? GEditor : State().StashedEditor;
-		return Editor && Editor->Trans ? Editor->Trans->GetActiveCount() : 0;
+		const UTransBuffer* Buffer = Editor ? Cast<UTransBuffer>(Editor->Trans.Get()) : nullptr;
+		return Buffer ? FTransBufferAccess::GetActiveCount(*Buffer) : 0;
 	}
 
 	TArray<FString> GetUndoHistory()
 	{
 		TArray<FString> Titles;
 		UEditorEngine* Editor = GEditor ? GEditor : State().StashedEditor;
-		if (Editor && Editor->Trans)
+		UTransBuffer* Buffer = Editor ? Cast<UTransBuffer>(Editor->Trans.Get()) : nullptr;
+		if (Buffer)
 		{
-			const int32 Undoable = Editor->Trans->GetQueueLength() - Editor->Trans->GetUndoCount() - (Editor->Trans->IsActive() ? 1 : 0);
+			const int32 Undoable = Buffer->GetQueueLength() - Buffer->GetUndoCount() - (Buffer->IsActive() ? 1 : 0);
 			for (int32 Index = 0; Index < Undoable; ++Index)
 			{
-				Titles.Add(Editor->Trans->GetTransactionTitle(Index).ToString());
+				Titles.Add(FTransBufferAccess::GetTransactionTitle(*Buffer, Index).ToString());
 			}
 		}
 		return Titles;

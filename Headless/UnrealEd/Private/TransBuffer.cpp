@@ -1,14 +1,13 @@
 #include "Editor/TransBuffer.h"
 
 #include "CoreGlobals.h"
-#include "Transaction.h"
 #include "Headless/ObjectRegistry.h"
 #include "Logging/LogMacros.h"
 #include "Misc/ITransaction.h"
+#include "Transaction.h"
 
 DEFINE_LOG_CATEGORY_STATIC(LogEditorTransaction, Log, All);
 
-IMPLEMENT_HEADLESS_CLASS(UTransactor, "Transactor")
 IMPLEMENT_HEADLESS_CLASS(UTransBuffer, "TransBuffer")
 
 UTransBuffer::UTransBuffer() = default;
@@ -119,7 +118,7 @@ void UTransBuffer::Reset(const FText& Reason)
 	GUndo = nullptr;
 }
 
-bool UTransBuffer::CanUndo(FText* Text) const
+bool UTransBuffer::CanUndo(FText* Text)
 {
 	if (ActiveCount > 0)
 	{
@@ -140,7 +139,7 @@ bool UTransBuffer::CanUndo(FText* Text) const
 	return true;
 }
 
-bool UTransBuffer::CanRedo(FText* Text) const
+bool UTransBuffer::CanRedo(FText* Text)
 {
 	if (ActiveCount > 0 || UndoCount == 0)
 	{
@@ -198,4 +197,19 @@ FText UTransBuffer::GetTransactionTitle(int32 Index) const
 FText UTransBuffer::GetOpenTransactionTitle() const
 {
 	return ActiveCount > 0 ? UndoBuffer.Last()->GetTitle() : FText();
+}
+
+int32 UTransBuffer::GetQueueLength() const
+{
+	return UndoBuffer.Num();
+}
+
+int32 UTransBuffer::GetUndoCount() const
+{
+	return UndoCount;
+}
+
+bool UTransBuffer::IsActive()
+{
+	return ActiveCount > 0;
 }

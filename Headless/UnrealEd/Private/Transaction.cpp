@@ -10,22 +10,17 @@ UE::Headless::FTransaction::FTransaction(const TCHAR* InContext, const FText& In
 {
 }
 
-bool UE::Headless::FTransaction::SaveObject(UObject* Object)
+void UE::Headless::FTransaction::SaveObject(UObject* Object)
 {
-	if (!Object)
+	if (!Object || Records.ContainsByPredicate([Object](const FObjectRecord& Record) { return Record.Object == Object; }))
 	{
-		return false;
-	}
-	if (Records.ContainsByPredicate([Object](const FObjectRecord& Record) { return Record.Object == Object; }))
-	{
-		return true;
+		return;
 	}
 	FObjectRecord& Record = Records.AddDefaulted_GetRef();
 	Record.Object = Object;
-	Record.bWasGarbage = Object->IsGarbage();
+	Record.bWasGarbage = Object->HasAnyInternalFlags(EInternalObjectFlags::Garbage);
 	FMemoryWriter Writer(Record.State);
 	Object->Serialize(Writer);
-	return true;
 }
 
 void UE::Headless::FTransaction::Apply()
@@ -40,7 +35,7 @@ void UE::Headless::FTransaction::Apply()
 		TArray<uint8> Current;
 		FMemoryWriter Writer(Current);
 		Record.Object->Serialize(Writer);
-		const bool bCurrentlyGarbage = Record.Object->IsGarbage();
+		const bool bCurrentlyGarbage = Record.Object->HasAnyInternalFlags(EInternalObjectFlags::Garbage);
 
 		FMemoryReader Reader(Record.State);
 		Record.Object->Serialize(Reader);

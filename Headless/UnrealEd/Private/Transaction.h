@@ -13,7 +13,7 @@ namespace UE::Headless
 	public:
 		FTransaction(const TCHAR* InContext, const FText& InTitle);
 
-		bool SaveObject(UObject* Object) override;
+		void SaveObject(UObject* Object) override;
 
 		// Swaps every recorded object's state with the stored one, newest record first: applied once it undoes
 		// the transaction, applied again it redoes it.

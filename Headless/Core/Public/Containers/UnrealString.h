@@ -47,8 +47,12 @@ public:
 	FString& operator+=(const FString& Str) { return Append(Str); }
 	FString& operator+=(FStringView Str) { return Append(Str); }
 	FString& operator+=(TCHAR InChar) { return AppendChar(InChar); }
-	FString& operator/=(const TCHAR* Str) { return PathAppend(Str); }
-	CORE_API FString& PathAppend(const TCHAR* Str);
+	FString& operator/=(const TCHAR* Str)
+	{
+		PathAppend(Str, Str ? FCString::Strlen(Str) : 0);
+		return *this;
+	}
+	CORE_API void PathAppend(const TCHAR* Str, int32 StrLength);
 
 	[[nodiscard]] CORE_API bool Equals(const FString& Other, ESearchCase::Type SearchCase = ESearchCase::CaseSensitive) const;
 	[[nodiscard]] CORE_API int32 Compare(const FString& Other, ESearchCase::Type SearchCase = ESearchCase::CaseSensitive) const;

@@ -71,21 +71,23 @@ private:
 class FDelegateHandle
 {
 public:
+	enum EGenerateNewHandleType
+	{
+		GenerateNewHandle
+	};
+
 	FDelegateHandle() = default;
-	explicit FDelegateHandle(uint64 InId) : Id(InId) {}
+	explicit FDelegateHandle(EGenerateNewHandleType) : Id(GenerateNewID()) {}
 	[[nodiscard]] bool IsValid() const { return Id != 0; }
 	void Reset() { Id = 0; }
 	[[nodiscard]] bool operator==(const FDelegateHandle& Other) const { return Id == Other.Id; }
 	[[nodiscard]] bool operator!=(const FDelegateHandle& Other) const { return Id != Other.Id; }
 
 private:
+	static CORE_API uint64 GenerateNewID();
+
 	uint64 Id = 0;
 };
-
-namespace UE::Core::Private
-{
-	CORE_API uint64 NextDelegateHandleId();
-}
 
 template <typename FuncType>
 class TMulticastDelegate;
@@ -98,7 +100,7 @@ public:
 
 	FDelegateHandle Add(FDelegate Delegate)
 	{
-		const FDelegateHandle Handle(UE::Core::Private::NextDelegateHandleId());
+		const FDelegateHandle Handle(FDelegateHandle::GenerateNewHandle);
 		Entries.Add(FEntry{ Handle, MoveTemp(Delegate) });
 		return Handle;
 	}

@@ -4,16 +4,16 @@
 #include "Containers/UnrealString.h"
 #include "HAL/Platform.h"
 
-enum EConsoleVariableFlags : uint32
+enum EConsoleVariableFlags
 {
 	ECVF_Default = 0x0,
 	ECVF_Cheat = 0x1,
 	ECVF_ReadOnly = 0x4,
 	ECVF_RenderThreadSafe = 0x20,
 	ECVF_SetByConstructor = 0x00000000,
-	ECVF_SetByProjectSetting = 0x0A000000,
-	ECVF_SetByCode = 0x0D000000,
-	ECVF_SetByConsole = 0x0E000000,
+	ECVF_SetByProjectSetting = 0x04000000,
+	ECVF_SetByCode = 0x0E000000,
+	ECVF_SetByConsole = 0x10000000,
 };
 
 class IConsoleVariable
@@ -25,7 +25,7 @@ public:
 	[[nodiscard]] virtual float GetFloat() const = 0;
 	[[nodiscard]] virtual bool GetBool() const { return GetInt() != 0; }
 	[[nodiscard]] virtual FString GetString() const = 0;
-	[[nodiscard]] virtual uint32 GetFlags() const = 0;
+	[[nodiscard]] virtual EConsoleVariableFlags GetFlags() const = 0;
 	[[nodiscard]] virtual const TCHAR* GetHelp() const = 0;
 };
 
@@ -52,8 +52,22 @@ public:
 	}
 
 	[[nodiscard]] IConsoleVariable* AsVariable() const { return Variable; }
-	[[nodiscard]] int32 GetValueOnAnyThread() const { return Variable->GetInt(); }
-	[[nodiscard]] int32 GetValueOnGameThread() const { return Variable->GetInt(); }
+	[[nodiscard]] T GetValueOnAnyThread(bool bForceGameThread = false) const
+	{
+		if constexpr (std::is_same_v<T, FString>)
+		{
+			return Variable->GetString();
+		}
+		else if constexpr (std::is_floating_point_v<T>)
+		{
+			return (T)Variable->GetFloat();
+		}
+		else
+		{
+			return (T)Variable->GetInt();
+		}
+	}
+	[[nodiscard]] T GetValueOnGameThread() const { return GetValueOnAnyThread(); }
 
 private:
 	IConsoleVariable* Variable;

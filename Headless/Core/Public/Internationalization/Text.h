@@ -4,6 +4,11 @@
 #include "Containers/UnrealString.h"
 #include "UObject/NameTypes.h"
 
+namespace UE::Headless
+{
+	struct FTextAccess;
+}
+
 class FText
 {
 public:
@@ -23,10 +28,9 @@ public:
 	{
 		return EqualTo(Other) && Namespace.Equals(Other.Namespace) && Key.Equals(Other.Key);
 	}
-	[[nodiscard]] const FString& GetNamespace() const { return Namespace; }
-	[[nodiscard]] const FString& GetKey() const { return Key; }
-
 private:
+	friend struct UE::Headless::FTextAccess;
+
 	FString DisplayString;
 	FString Namespace;
 	FString Key;

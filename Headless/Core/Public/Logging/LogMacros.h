@@ -13,6 +13,7 @@ struct FMsg
 		LogfImpl(File, Line, Category, Verbosity, (const TCHAR*)Fmt, Args...);
 	}
 
+private:
 	static CORE_API void VARARGS LogfImpl(const ANSICHAR* File, int32 Line, const FName& Category, ELogVerbosity::Type Verbosity, const TCHAR* Fmt, ...);
 };
 

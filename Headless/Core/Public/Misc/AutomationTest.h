@@ -41,6 +41,15 @@ inline constexpr EAutomationTestFlags EAutomationTestFlags_FilterMask = EAutomat
 namespace UE::Headless
 {
 	struct FAutomationAccess;
+
+	namespace Private
+	{
+		constexpr bool HasExactlyOneFilterFlag(EAutomationTestFlags Flags)
+		{
+			const uint32 Filters = (uint32)(Flags & EAutomationTestFlags_FilterMask);
+			return Filters != 0 && (Filters & (Filters - 1)) == 0;
+		}
+	}
 }
 
 class FAutomationTestBase
@@ -84,7 +93,6 @@ public:
 	}
 
 	[[nodiscard]] bool HasAnyErrors() const { return Errors.Num() > 0; }
-	[[nodiscard]] const TArray<FString>& GetErrors() const { return Errors; }
 	[[nodiscard]] const FString& GetTestName() const { return TestName; }
 	void ClearExecutionInfo() { Errors.Reset(); }
 
@@ -129,14 +137,6 @@ private:
 	TArray<FRegistration> Tests;
 };
 
-#define UE_AUTOMATION_TEST_HAS_ONE_FILTER(TFlags) \
-	(((TFlags) & EAutomationTestFlags_FilterMask) == EAutomationTestFlags::SmokeFilter \
-		|| ((TFlags) & EAutomationTestFlags_FilterMask) == EAutomationTestFlags::EngineFilter \
-		|| ((TFlags) & EAutomationTestFlags_FilterMask) == EAutomationTestFlags::ProductFilter \
-		|| ((TFlags) & EAutomationTestFlags_FilterMask) == EAutomationTestFlags::PerfFilter \
-		|| ((TFlags) & EAutomationTestFlags_FilterMask) == EAutomationTestFlags::StressFilter \
-		|| ((TFlags) & EAutomationTestFlags_FilterMask) == EAutomationTestFlags::NegativeFilter)
-
 #if WITH_AUTOMATION_WORKER
 #define IMPLEMENT_SIMPLE_AUTOMATION_TEST(TClass, PrettyName, TFlags) \
 	class TClass : public FAutomationTestBase \
@@ -147,7 +147,7 @@ private:
 		{ \
 			static_assert(((TFlags) & EAutomationTestFlags_ApplicationContextMask) != EAutomationTestFlags::None, \
 				"AutomationTest has no application flag. It shouldn't run. See AutomationTest.h."); \
-			static_assert(UE_AUTOMATION_TEST_HAS_ONE_FILTER(TFlags), \
+			static_assert(::UE::Headless::Private::HasExactlyOneFilterFlag(TFlags), \
 				"All AutomationTests must have exactly 1 filter type specified. See AutomationTest.h."); \
 		} \
 		virtual EAutomationTestFlags GetTestFlags() const override { return TFlags; } \
@@ -169,7 +169,7 @@ private:
 		{ \
 			static_assert(((TFlags) & EAutomationTestFlags_ApplicationContextMask) != EAutomationTestFlags::None, \
 				"AutomationTest has no application flag. It shouldn't run. See AutomationTest.h."); \
-			static_assert(UE_AUTOMATION_TEST_HAS_ONE_FILTER(TFlags), \
+			static_assert(::UE::Headless::Private::HasExactlyOneFilterFlag(TFlags), \
 				"All AutomationTests must have exactly 1 filter type specified. See AutomationTest.h."); \
 		} \
 		virtual EAutomationTestFlags GetTestFlags() const override { return TFlags; } \

@@ -13,9 +13,8 @@ public:
 	[[nodiscard]] static CORE_API FString ProjectContentDir();
 	[[nodiscard]] static CORE_API FString ProjectConfigDir();
 	[[nodiscard]] static CORE_API FString ProjectSavedDir();
-	[[nodiscard]] static CORE_API FString BaseDir();
 
-	// Makes a path absolute against the base folder, turns '\' into '/' and collapses "." and "..".
+	// Makes a path absolute against the executable's folder (the engine's base folder), turns '\' into '/' and collapses "." and "..".
 	[[nodiscard]] static CORE_API FString ConvertRelativePathToFull(const FString& InPath);
 	[[nodiscard]] static CORE_API FString ConvertRelativePathToFull(const FString& BasePath, const FString& InPath);
 

@@ -15,7 +15,6 @@ class TSharedPtr
 public:
 	TSharedPtr() = default;
 	TSharedPtr(std::nullptr_t) {}
-	explicit TSharedPtr(std::shared_ptr<ObjectType> InPtr) : Ptr(MoveTemp(InPtr)) {}
 
 	template <typename OtherType, typename = std::enable_if_t<std::is_convertible_v<OtherType*, ObjectType*>>>
 	TSharedPtr(const TSharedPtr<OtherType>& Other) : Ptr(Other.ToStd()) {}
@@ -30,11 +29,18 @@ public:
 	ObjectType& operator*() const { check(Ptr); return *Ptr; }
 	void Reset() { Ptr.reset(); }
 	[[nodiscard]] TSharedRef<ObjectType> ToSharedRef() const { check(Ptr); return TSharedRef<ObjectType>(Ptr); }
-	[[nodiscard]] const std::shared_ptr<ObjectType>& ToStd() const { return Ptr; }
 	[[nodiscard]] bool operator==(const TSharedPtr& Other) const { return Ptr == Other.Ptr; }
 	[[nodiscard]] bool operator==(std::nullptr_t) const { return !Ptr; }
 
 private:
+	template <typename OtherType>
+	friend class TSharedPtr;
+	template <typename OtherType>
+	friend class TSharedRef;
+
+	explicit TSharedPtr(std::shared_ptr<ObjectType> InPtr) : Ptr(MoveTemp(InPtr)) {}
+	[[nodiscard]] const std::shared_ptr<ObjectType>& ToStd() const { return Ptr; }
+
 	std::shared_ptr<ObjectType> Ptr;
 };
 
@@ -42,8 +48,6 @@ template <typename ObjectType>
 class TSharedRef
 {
 public:
-	explicit TSharedRef(std::shared_ptr<ObjectType> InPtr) : Ptr(MoveTemp(InPtr)) { check(Ptr); }
-
 	template <typename OtherType, typename = std::enable_if_t<std::is_convertible_v<OtherType*, ObjectType*>>>
 	TSharedRef(const TSharedRef<OtherType>& Other) : Ptr(Other.ToStd()) {}
 
@@ -51,9 +55,18 @@ public:
 	ObjectType* operator->() const { return Ptr.get(); }
 	ObjectType& operator*() const { return *Ptr; }
 	[[nodiscard]] TSharedPtr<ObjectType> ToSharedPtr() const { return TSharedPtr<ObjectType>(Ptr); }
-	[[nodiscard]] const std::shared_ptr<ObjectType>& ToStd() const { return Ptr; }
 
 private:
+	template <typename OtherType>
+	friend class TSharedPtr;
+	template <typename OtherType>
+	friend class TSharedRef;
+	template <typename OtherType, typename... ArgTypes>
+	friend TSharedRef<OtherType> MakeShared(ArgTypes&&... Args);
+
+	explicit TSharedRef(std::shared_ptr<ObjectType> InPtr) : Ptr(MoveTemp(InPtr)) { check(Ptr); }
+	[[nodiscard]] const std::shared_ptr<ObjectType>& ToStd() const { return Ptr; }
+
 	std::shared_ptr<ObjectType> Ptr;
 };
 

@@ -26,7 +26,9 @@ public:
 		return IsChildOf(T::StaticClass());
 	}
 
-protected:
+private:
+	friend struct UE::Headless::Private::FObjectAccess;
+
 	UStruct* SuperStruct = nullptr;
 };
 
@@ -35,7 +37,7 @@ class UClass : public UStruct
 public:
 	static COREUOBJECT_API UClass* StaticClass();
 
-	[[nodiscard]] UClass* GetSuperClass() const { return (UClass*)SuperStruct; }
+	[[nodiscard]] UClass* GetSuperClass() const { return (UClass*)GetSuperStruct(); }
 	[[nodiscard]] bool HasAnyClassFlags(EClassFlags FlagsToCheck) const { return (ClassFlags & FlagsToCheck) != 0; }
 	[[nodiscard]] EClassFlags GetClassFlags() const { return ClassFlags; }
 

@@ -42,7 +42,7 @@ ENUM_CLASS_FLAGS(EObjectFlags);
 // The flags that a saved package keeps for its objects.
 #define RF_Load ((EObjectFlags)(RF_Public | RF_Standalone | RF_Transactional | RF_ClassDefaultObject | RF_ArchetypeObject | RF_DefaultSubObject | RF_TextExportTransient | RF_InheritableComponentTemplate | RF_DuplicateTransient | RF_NonPIEDuplicateTransient))
 
-enum class EInternalObjectFlags : int32
+enum class EInternalObjectFlags : uint32
 {
 	None = 0,
 	Garbage = 1 << 21,
@@ -55,8 +55,8 @@ enum ELoadFlags : uint32
 {
 	LOAD_None = 0x00000000,
 	LOAD_Async = 0x00000001,
-	LOAD_NoWarn = 0x00000010,
-	LOAD_EditorOnly = 0x00000020,
+	LOAD_NoWarn = 0x00000002,
+	LOAD_EditorOnly = 0x00000004,
 	LOAD_Quiet = 0x00002000,
 };
 
@@ -75,7 +75,7 @@ enum EPackageFlags : uint32
 	PKG_ContainsNoAsset = 0x00000400,
 	PKG_ContainsMap = 0x00020000,
 	PKG_ContainsScript = 0x00200000,
-	PKG_PlayInEditor = 0x00000008,
+	PKG_PlayInEditor = 0x00100000,
 };
 ENUM_CLASS_FLAGS(EPackageFlags);
 

@@ -25,7 +25,7 @@ public:
 	[[nodiscard]] COREUOBJECT_API bool IsFullyLoaded() const;
 	void MarkAsFullyLoaded() { bHasBeenFullyLoaded = true; }
 	// For a package made in memory whose file exists on disk: FullyLoad will read it.
-	void MarkAsNotFullyLoaded() { bHasBeenFullyLoaded = false; }
+	void MarkAsUnloaded() { bHasBeenFullyLoaded = false; }
 
 	void SetPackageFlags(EPackageFlags NewFlags) { PackageFlags |= NewFlags; }
 	void ClearPackageFlags(EPackageFlags FlagsToClear) { PackageFlags &= ~FlagsToClear; }

@@ -18,7 +18,7 @@ struct FSoftObjectPath
 	COREUOBJECT_API explicit FSoftObjectPath(FWideStringView Path);
 	COREUOBJECT_API explicit FSoftObjectPath(const WIDECHAR* Path);
 	explicit FSoftObjectPath(FTopLevelAssetPath InAssetPath) : AssetPath(InAssetPath) {}
-	FSoftObjectPath(FTopLevelAssetPath InAssetPath, const FString& InSubPathString) : AssetPath(InAssetPath), SubPathString(InSubPathString) {}
+	explicit FSoftObjectPath(FTopLevelAssetPath InAssetPath, const FString& InSubPathString) : AssetPath(InAssetPath), SubPathString(InSubPathString) {}
 	COREUOBJECT_API FSoftObjectPath(const UObject* InObject);
 
 	[[nodiscard]] static FSoftObjectPath ConstructFromObject(const UObject* InObject) { return FSoftObjectPath(InObject); }

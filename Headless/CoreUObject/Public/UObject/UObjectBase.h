@@ -23,11 +23,12 @@ protected:
 	UObjectBase(const UObjectBase&) = delete;
 	UObjectBase& operator=(const UObjectBase&) = delete;
 
+private:
+	friend class UObjectBaseUtility;
+	friend struct UE::Headless::Private::FObjectAccess;
+
 	EObjectFlags ObjectFlags = RF_NoFlags;
 	EInternalObjectFlags InternalFlags = EInternalObjectFlags::None;
-
-private:
-	friend struct UE::Headless::Private::FObjectAccess;
 
 	UClass* ClassPrivate = nullptr;
 	FName NamePrivate;

@@ -20,7 +20,7 @@ public:
 		InternalFlags |= EInternalObjectFlags::Garbage;
 	}
 	void ClearGarbage() { InternalFlags &= ~EInternalObjectFlags::Garbage; }
-	[[nodiscard]] bool IsGarbage() const { return EnumHasAnyFlags(InternalFlags, EInternalObjectFlags::Garbage); }
+	[[nodiscard]] bool HasAnyInternalFlags(EInternalObjectFlags FlagsToCheck) const { return EnumHasAnyFlags(InternalFlags, FlagsToCheck); }
 
 	[[nodiscard]] bool IsRooted() const { return EnumHasAnyFlags(InternalFlags, EInternalObjectFlags::RootSet); }
 	void AddToRoot() { InternalFlags |= EInternalObjectFlags::RootSet; }

@@ -2,6 +2,11 @@
 
 #include "Engine/Texture.h"
 
+namespace UE::Headless
+{
+	struct FTextureAccess;
+}
+
 class UTexture2D : public UTexture
 {
 	DECLARE_CLASS(UTexture2D, UTexture, CLASS_None, CASTCLASS_None, TEXT("/Script/Engine"), ENGINE_API)
@@ -9,15 +14,13 @@ class UTexture2D : public UTexture
 public:
 	[[nodiscard]] int32 GetSizeX() const { return SizeX; }
 	[[nodiscard]] int32 GetSizeY() const { return SizeY; }
-	void SetSize(int32 InSizeX, int32 InSizeY)
-	{
-		SizeX = InSizeX;
-		SizeY = InSizeY;
-	}
 
 	ENGINE_API void Serialize(FArchive& Ar) override;
 
 private:
+	// The package reader sets the size that a package file records.
+	friend struct UE::Headless::FTextureAccess;
+
 	int32 SizeX = 0;
 	int32 SizeY = 0;
 };

@@ -7,6 +7,7 @@
 #include "Serialization/Archive.h"
 #include "UObject/NameTypes.h"
 
+class FStaticMeshRenderData;
 class UStaticMesh;
 
 namespace UE::Headless
@@ -42,6 +43,13 @@ namespace UE::Headless
 	{
 		static FStaticMeshGeometry& Get(UStaticMesh& Mesh);
 		static const FStaticMeshGeometry& Get(const UStaticMesh& Mesh);
+	};
+
+	// What the harness reads of built render data beyond the engine's interface.
+	struct ENGINE_API FRenderDataAccess
+	{
+		// Assembly nodes the build took in; 0 without Nanite resources.
+		static int32 GetNumAssemblyNodes(const FStaticMeshRenderData& RenderData);
 	};
 
 	ENGINE_API FStaticMeshGeometry& GetMeshGeometry(UStaticMesh& Mesh);

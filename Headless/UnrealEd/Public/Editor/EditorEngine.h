@@ -2,16 +2,17 @@
 #pragma once
 
 #include "CoreMinimal.h"
-#include "Editor/TransBuffer.h"
 #include "UObject/Object.h"
 #include "UObject/ObjectMacros.h"
+#include "UObject/ObjectPtr.h"
 
 class UEditorEngine : public UObject
 {
 	DECLARE_CLASS(UEditorEngine, UObject, CLASS_None, CASTCLASS_None, TEXT("/Script/UnrealEd"), UNREALED_API)
 
 public:
-	UTransBuffer* Trans = nullptr;
+	// The transaction system; the editor's is a UTransBuffer.
+	TObjectPtr<class UTransactor> Trans;
 
 	UNREALED_API int32 BeginTransaction(const TCHAR* TransactionContext, const FText& Description, UObject* PrimaryObject);
 	UNREALED_API int32 BeginTransaction(const FText& Description);

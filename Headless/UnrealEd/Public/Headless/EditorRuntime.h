@@ -2,9 +2,19 @@
 #pragma once
 
 #include "Containers/UnrealString.h"
+#include "Internationalization/Text.h"
+
+class UTransBuffer;
 
 namespace UE::Headless
 {
+	// What the harness reads of the undo buffer beyond the engine's interface.
+	struct UNREALED_API FTransBufferAccess
+	{
+		static int32 GetActiveCount(const UTransBuffer& Buffer);
+		static FText GetTransactionTitle(const UTransBuffer& Buffer, int32 Index);
+	};
+
 	// Forgets the objects of an earlier run, creates GEditor with an empty undo buffer and makes the asset
 	// registry available.
 	UNREALED_API void StartEditorRuntime();

@@ -1,0 +1,5 @@
+#include "Editor/Transactor.h"
+
+#include "Headless/ObjectRegistry.h"
+
+IMPLEMENT_HEADLESS_CLASS(UTransactor, "Transactor")
