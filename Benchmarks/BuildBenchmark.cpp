@@ -4,7 +4,7 @@
 #include "BenchmarkEditor.h"
 #include "RatioReporter.h"
 
-#include "Build/NaniteAssemblyValidation.h"
+#include "Build/NaniteAssemblyBuild.h"
 #include "Request/NaniteAssemblyBuildRequest.h"
 
 #include <sol/sol.hpp>
@@ -13,6 +13,8 @@
 #include <map>
 #include <string>
 #include <utility>
+
+using namespace CVAI::NaniteAssembly;
 
 namespace
 {

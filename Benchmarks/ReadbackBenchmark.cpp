@@ -6,7 +6,7 @@
 
 #include "Engine/StaticMesh.h"
 #include "Headless/StringUtils.h"
-#include "Query/NaniteAssemblyReadback.h"
+#include "Result/NaniteAssemblyResult.h"
 #include "Misc/PackageName.h"
 #include "UObject/Package.h"
 #include "UObject/UObjectGlobals.h"
@@ -17,6 +17,8 @@
 #include <map>
 #include <string>
 #include <utility>
+
+using namespace CVAI::NaniteAssembly;
 
 namespace
 {
@@ -113,13 +115,14 @@ namespace
 	void BM_WriteReadback(benchmark::State& State)
 	{
 		UStaticMesh& Mesh = FAssemblyMeshes::Get(SizeOf(State));
-		sol::state_view Lua(FBenchmarkEditor::Get().Lua());
+		lua_State* L = FBenchmarkEditor::Get().Lua();
 		for (auto _ : State)
 		{
-			sol::table Result = Lua.create_table();
-			Result["ok"] = true;
-			WriteNaniteAssemblyReadback(Lua, Result, Mesh, true);
-			benchmark::DoNotOptimize(Result.registry_index());
+			lua_createtable(L, 0, 17);
+			const int Table = lua_gettop(L);
+			WriteNaniteAssemblyReadback(L, Table, Mesh, true, true);
+			benchmark::DoNotOptimize(lua_topointer(L, Table));
+			lua_settop(L, Table - 1);
 		}
 		State.SetItemsProcessed(State.iterations() * State.range(1));
 	}

@@ -10,6 +10,8 @@
 #include <memory>
 #include <string>
 
+using namespace CVAI::NaniteAssembly;
+
 namespace
 {
 	const int64_t Sizes[] = { 1, 10, 100, 1000, 10000, 100000 };

@@ -2,7 +2,6 @@
 // type, proxies with __index and __len) and reads it as a build request. The reader must never crash, must
 // return a message exactly when it refuses, and must leave the Lua stack and registry as it found them.
 #include "Request/NaniteAssemblyBuildRequest.h"
-#include "Request/NaniteAssemblyLuaAccess.h"
 
 #include <sol/sol.hpp>
 
@@ -11,6 +10,8 @@
 #include <cstdlib>
 #include <cstring>
 #include <string>
+
+using namespace CVAI::NaniteAssembly;
 
 namespace
 {
@@ -284,7 +285,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* Data, size_t Size)
 	{
 		bRead = ReadBuildRequest(Argument, Request, Error);
 	}
-	catch (const FNaniteAssemblyScriptError&)
+	catch (const FScriptError&)
 	{
 		bRaised = true;
 	}

@@ -1,11 +1,13 @@
 // The path rules scripts rely on: completion under /Game/, Package.Asset form, and the two load attempts.
-#include "Build/NaniteAssemblyAssetPaths.h"
+#include "Shared/NaniteAssemblyAssetPaths.h"
 #include "Engine/StaticMesh.h"
 #include "Headless/StringUtils.h"
 #include "Materials/MaterialInterface.h"
 #include "TestProject.h"
 
 #include <gtest/gtest.h>
+
+using namespace CVAI::NaniteAssembly;
 
 namespace
 {

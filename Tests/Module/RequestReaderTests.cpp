@@ -2,15 +2,14 @@
 // proxies read through their metamethods, and a script's own errors handed back.
 #include "Headless/StringUtils.h"
 #include "Request/NaniteAssemblyBuildRequest.h"
-#include "Request/NaniteAssemblyLuaAccess.h"
-#include "Request/NaniteAssemblyTableReaders.h"
-#include "Request/NaniteAssemblyTransformReader.h"
 
 #include <gtest/gtest.h>
 
 #include <sol/sol.hpp>
 
 #include <string>
+
+using namespace CVAI::NaniteAssembly;
 
 namespace
 {
@@ -267,7 +266,7 @@ TEST_F(RequestReaderTest, ScriptErrorsFromMetamethodsComeBackAsThemselves)
 		{
 			ReadBuildRequest(Argument, Request, Error);
 		}
-		catch (const FNaniteAssemblyScriptError& Exception)
+		catch (const FScriptError& Exception)
 		{
 			Raised = Exception.what();
 		}
@@ -288,7 +287,7 @@ TEST_F(RequestReaderTest, ScriptErrorsFromMetamethodsComeBackAsThemselves)
 		ReadBuildRequest(Userdata, Request, Error);
 		ADD_FAILURE() << "reading a plain userdata raised nothing";
 	}
-	catch (const FNaniteAssemblyScriptError& Exception)
+	catch (const FScriptError& Exception)
 	{
 		EXPECT_NE(std::string(Exception.what()).find("attempt to index a userdata value"), std::string::npos) << Exception.what();
 	}
@@ -297,7 +296,7 @@ TEST_F(RequestReaderTest, ScriptErrorsFromMetamethodsComeBackAsThemselves)
 TEST_F(RequestReaderTest, TheSmallReadersOnTheirOwn)
 {
 	const FString RootText(TEXT("ctx"));
-	const FNaniteAssemblyContextPath Root(RootText);
+	const FContextPath Root(RootText);
 	FString Error;
 
 	Push("42");
@@ -336,8 +335,8 @@ TEST_F(RequestReaderTest, TheSmallReadersOnTheirOwn)
 	EXPECT_EQ(ToUtf8(MaterialMergeName(ENaniteAssemblyMergeMode::MaterialIndices)), "material_indices");
 	EXPECT_EQ(ToUtf8(MaterialMergeName((ENaniteAssemblyMergeMode)7)), "unknown");
 
-	const FNaniteAssemblyContextPath Part(Root, TEXT(" parts"), 12);
-	const FNaniteAssemblyContextPath Transform(Part, TEXT(".transforms"), 3);
-	const FNaniteAssemblyContextPath Location(Transform, TEXT(".location"));
+	const FContextPath Part(Root, TEXT(" parts"), 12);
+	const FContextPath Transform(Part, TEXT(".transforms"), 3);
+	const FContextPath Location(Transform, TEXT(".location"));
 	EXPECT_EQ(ToUtf8(Location.ToString()), "ctx parts[12].transforms[3].location");
 }

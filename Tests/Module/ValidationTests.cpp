@@ -1,5 +1,5 @@
 // Validation cases that no script can reach through the reader, and the plan that validation fills.
-#include "Build/NaniteAssemblyValidation.h"
+#include "Build/NaniteAssemblyBuild.h"
 #include "Engine/StaticMesh.h"
 #include "Headless/StaticMeshGeometry.h"
 #include "Headless/StringUtils.h"
@@ -14,6 +14,8 @@
 #include <cmath>
 #include <cstring>
 #include <limits>
+
+using namespace CVAI::NaniteAssembly;
 
 namespace
 {

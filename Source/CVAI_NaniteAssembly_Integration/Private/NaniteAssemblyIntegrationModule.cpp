@@ -1,8 +1,7 @@
 #include "NaniteAssemblyIntegrationModule.h"
 
 #include "CorvaneExtensionRegistrar.h"
-#include "Lua/NaniteAssemblyLuaBindings.h"
-#include "Lua/NaniteAssemblyLuaDocs.h"
+#include "Lua/NaniteAssemblyLuaBinding.h"
 #include "Modules/ModuleManager.h"
 
 namespace
@@ -26,8 +25,8 @@ void FNaniteAssemblyIntegrationModule::StartupModule()
 	Registrar.RegisterExtension(Descriptor);
 
 	// The session is not captured here: the host passes it to the binder for every new session.
-	FCorvaneLuaBinder Binder = FCorvaneLuaBinder::CreateStatic(&BindNaniteAssemblyInfo);
-	TArray<FLuaFunctionDoc> Docs(NaniteAssemblyLuaDocs);
+	FCorvaneLuaBinder Binder = FCorvaneLuaBinder::CreateStatic(&CVAI::NaniteAssembly::BindNaniteAssemblyInfo);
+	TArray<FLuaFunctionDoc> Docs(CVAI::NaniteAssembly::NaniteAssemblyLuaDocs);
 	const FString BindingName(TEXT("NaniteAssembly"));
 
 	// The host keeps the binding registered whatever becomes of the handle; it is not kept here.

@@ -4,8 +4,7 @@
 
 #if WITH_DEV_AUTOMATION_TESTS
 
-#include "Build/NaniteAssemblyBuildExecution.h"
-#include "Build/NaniteAssemblyValidation.h"
+#include "Build/NaniteAssemblyBuild.h"
 #include "Editor.h"
 #include "Engine/StaticMesh.h"
 #include "LuaSessionData.h"
@@ -17,6 +16,8 @@
 
 namespace
 {
+	using namespace CVAI::NaniteAssembly;
+
 	const TCHAR* const CubePath = TEXT("/Engine/BasicShapes/Cube");
 	const TCHAR* const SpherePath = TEXT("/Engine/BasicShapes/Sphere");
 
