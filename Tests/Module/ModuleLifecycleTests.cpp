@@ -7,6 +7,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <set>
+#include <string>
+
 namespace
 {
 	using UE::Headless::FCorvaneRegistrarAccess;
@@ -35,6 +39,51 @@ namespace
 			}
 		}
 		return Result;
+	}
+
+	// The keys of the table that a Lua call returns.
+	std::set<std::string> KeysOf(FTestSession& Session, const std::string& Call)
+	{
+		const std::string Listed = Session.Eval("(function() local keys = {} for key in pairs(" + Call
+			+ ") do keys[#keys + 1] = key end table.sort(keys) return table.concat(keys, ' ') end)()");
+		std::set<std::string> Keys;
+		size_t Start = 0;
+		while (Start < Listed.size())
+		{
+			const size_t End = std::min(Listed.find(' ', Start), Listed.size());
+			Keys.insert(Listed.substr(Start, End - Start));
+			Start = End + 1;
+		}
+		return Keys;
+	}
+
+	// The keys a documented return lists in its first braces ("table {ok, asset, warning?} or ..."); those
+	// marked '?' are optional.
+	std::set<std::string> DocumentedKeys(const std::string& Returns, std::set<std::string>& OutOptional)
+	{
+		std::set<std::string> Keys;
+		const size_t Open = Returns.find('{');
+		const size_t Close = Returns.find('}', Open);
+		std::string Current;
+		for (size_t Index = Open + 1; Index <= Close; ++Index)
+		{
+			const char Char = Returns[Index];
+			if (Char == ',' || Char == '}')
+			{
+				if (!Current.empty() && Current.back() == '?')
+				{
+					Current.pop_back();
+					OutOptional.insert(Current);
+				}
+				Keys.insert(Current);
+				Current.clear();
+			}
+			else if (Char != ' ')
+			{
+				Current += Char;
+			}
+		}
+		return Keys;
 	}
 
 	class ModuleLifecycleTest : public ::testing::Test
@@ -84,37 +133,65 @@ TEST_F(ModuleLifecycleTest, StartupRegistersOneBindingWithTheThreeDocRecords)
 	const TArray<FLuaFunctionDoc>& Docs = Bindings[0].Docs;
 	ASSERT_EQ(Docs.Num(), 3);
 	EXPECT_EQ(ToUtf8(Docs[0].Signature), "nanite_assembly_support()");
-	EXPECT_EQ(ToUtf8(Docs[0].Description),
-		"Capability probe for the Nanite Assembly builder. Reports whether the NaniteAssemblyEditorUtils plugin (UE 5.7+) is compiled in and enabled, "
-		"the engine version, and assemblies_supported (r.Nanite.AllowAssemblies or r.Nanite.Foliage). Scripts branch on .available before calling "
-		"nanite_assembly_build.");
-	EXPECT_EQ(ToUtf8(Docs[0].Returns), "table {ok, available, plugin, plugin_enabled, engine_version, min_version, assemblies_supported, reason}");
-
 	EXPECT_EQ(ToUtf8(Docs[1].Signature),
 		"nanite_assembly_build({ parts = { { mesh, transforms = { {location,rotation,scale}, ... }, material_merge?, material_overrides? }, ... }, output, "
 		"overwrite?, save?, wait_for_compile? })");
-	EXPECT_EQ(ToUtf8(Docs[1].Description),
-		"Build a Nanite Assembly static mesh from instanced part meshes. Each part: mesh (static mesh path, must not itself be an assembly), transforms "
-		"(non-empty list of {location={x,y,z}, rotation={pitch,yaw,roll} or Euler {x=roll,y=pitch,z=yaw} (not mixed), scale={x,y,z}|number}; {} is "
-		"identity), material_merge (identical_materials|slot_names|material_indices, default identical_materials), material_overrides (list of material "
-		"paths indexed by the part's material slot). output is the package path of the mesh to create; overwrite=true edits an existing static mesh into "
-		"an assembly; save=true writes the package after the build transaction has closed (the save becomes a Lua checkpoint: earlier work stays "
-		"committed, later errors roll back only later edits); wait_for_compile (default true) blocks until the async static mesh build finishes. "
-		"Validates everything first, then runs Begin/AddAssemblyParts/Finish inside one transaction and reads the assembly data back from the asset. When "
-		"assemblies_supported is false (r.Nanite.AllowAssemblies=0) the asset stores the parts but valid_nanite_data stays false and the result carries "
-		"a warning.");
-	EXPECT_EQ(ToUtf8(Docs[1].Returns),
-		"table {ok, asset, object_path, created, overwritten, nanite_enabled, is_assembly, part_count, node_count, parts, material_slot_count, "
-		"assemblies_supported, plugin_enabled, compiled, valid_nanite_data, render_data_available, saved, warning?} or {ok=false, error}");
-
 	EXPECT_EQ(ToUtf8(Docs[2].Signature), "nanite_assembly_info(mesh_path)");
-	EXPECT_EQ(ToUtf8(Docs[2].Description),
-		"Read-only readback of a static mesh's Nanite Assembly data (FMeshNaniteSettings::NaniteAssemblyData): part list with node counts and material "
-		"remaps, node transforms (capped at 256), Nanite enabled/assembly flags, and built-resource availability. Works on UE 5.6+ even where the "
-		"builder plugin is absent.");
-	EXPECT_EQ(ToUtf8(Docs[2].Returns),
-		"table {ok, asset, object_path, nanite_enabled, is_assembly, part_count, node_count, parts, nodes, nodes_truncated, material_slot_count, "
-		"assemblies_supported, compiling, valid_nanite_data, render_data_available} or {ok=false, error}");
+	for (const FLuaFunctionDoc& Doc : Docs)
+	{
+		EXPECT_FALSE(Doc.Description.IsEmpty()) << ToUtf8(Doc.Signature);
+	}
+}
+
+// What each record documents a verb to return is what the verb really returns: every documented key is in
+// the real table, and every key of the real table is documented or one of the few extras that the
+// documentation is known to leave out.
+TEST_F(ModuleLifecycleTest, TheDocumentedReturnsAreTheKeysTheVerbsReturn)
+{
+	ASSERT_NE(FModuleManager::Get().LoadModule(ModuleName), nullptr);
+	FTestProject Project;
+	ASSERT_TRUE(Project.Start());
+	FTestSession Session(Project);
+	const TArray<FLuaFunctionDoc> Docs = BindingsOf(TEXT("corvane.naniteassembly"))[0].Docs;
+	ASSERT_EQ(Docs.Num(), 3);
+
+	struct FVerbCase
+	{
+		const FLuaFunctionDoc& Doc;
+		std::string Call;
+		std::set<std::string> UndocumentedExtras;
+	};
+	const FVerbCase Cases[] = {
+		{ Docs[0], "nanite_assembly_support()", { "supported", "compiled_in" } },
+		{ Docs[1], "nanite_assembly_build{ output = 'Docs/SM_Keys', parts = { { mesh = '/Engine/BasicShapes/Cube', transforms = { {} } } } }",
+			{ "nanite_settings_enabled", "assembly_data_valid", "compiling", "transaction_owned", "registered" } },
+		{ Docs[2], "nanite_assembly_info('/Engine/BasicShapes/Cube')", { "nanite_settings_enabled", "assembly_data_valid" } },
+	};
+	for (const FVerbCase& Case : Cases)
+	{
+		const std::string Returns = ToUtf8(Case.Doc.Returns);
+		const std::set<std::string> Real = KeysOf(Session, Case.Call);
+		std::set<std::string> Optional;
+		const std::set<std::string> Documented = DocumentedKeys(Returns, Optional);
+		for (const std::string& Key : Documented)
+		{
+			EXPECT_TRUE(Real.count(Key) || Optional.count(Key)) << Case.Call << " documents '" << Key << "', which it does not return";
+		}
+		for (const std::string& Key : Real)
+		{
+			EXPECT_TRUE(Documented.count(Key) || Case.UndocumentedExtras.count(Key)) << Case.Call << " returns '" << Key << "', which is not documented";
+		}
+		for (const std::string& Key : Case.UndocumentedExtras)
+		{
+			EXPECT_TRUE(Real.count(Key) && !Documented.count(Key)) << Case.Call << ": the extra '" << Key << "'";
+		}
+		// A failing call's table is the documented {ok=false, error} (the probe never fails).
+		if (Returns.find(" or {ok=false, error}") != std::string::npos)
+		{
+			const std::string Failing = Case.Call.find("info") != std::string::npos ? "nanite_assembly_info('/Game/Docs/Missing')" : "nanite_assembly_build{}";
+			EXPECT_EQ(KeysOf(Session, Failing), (std::set<std::string>{ "ok", "error" })) << Failing;
+		}
+	}
 }
 
 TEST_F(ModuleLifecycleTest, ShutdownRemovesEverythingWithOneCallAndStartupRegistersAgain)

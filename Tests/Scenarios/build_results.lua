@@ -76,7 +76,6 @@ expect.eq(again.parts[1].mesh, "/Engine/BasicShapes/Sphere.Sphere", "overwrite: 
 expect.last_log("[OK] nanite_assembly_build -> /Game/Results/SM_Three.SM_Three (overwritten) parts=1 nodes=1 nanite=true assembly=true "
 	.. "registered=true compiled=true saved=false assemblies_supported=true")
 for _, r in ipairs({ result, again }) do
-	expect.eq(r.overwritten, not r.created, "overwritten is never equal to created")
 	expect.eq(r.nodes, nil, "a build result has no nodes")
 	expect.eq(r.nodes_truncated, nil, "a build result has no nodes_truncated")
 end

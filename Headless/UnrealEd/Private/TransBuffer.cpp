@@ -45,6 +45,7 @@ int32 UTransBuffer::Begin(const TCHAR* SessionContext, const FText& Description)
 		UndoCount = 0;
 		UndoBuffer.Add(new UE::Headless::FTransaction(SessionContext, Description));
 		GUndo = UndoBuffer.Last();
+		TransactionStateChangedDelegate.Broadcast(UndoBuffer.Last()->GetContext(), ETransactionStateEventType::TransactionStarted);
 	}
 	return Result;
 }
@@ -55,6 +56,8 @@ int32 UTransBuffer::End()
 	if (ActiveCount >= 1 && --ActiveCount == 0)
 	{
 		UE::Headless::FTransaction* Transaction = UndoBuffer.Last();
+		const FTransactionContext Context = Transaction->GetContext();
+		TransactionStateChangedDelegate.Broadcast(Context, ETransactionStateEventType::PreTransactionFinalized);
 		if (Transaction->IsTransient())
 		{
 			UndoBuffer.Pop();
@@ -72,6 +75,7 @@ int32 UTransBuffer::End()
 			RemovedTransactions.Reset();
 		}
 		GUndo = nullptr;
+		TransactionStateChangedDelegate.Broadcast(Context, ETransactionStateEventType::TransactionFinalized);
 	}
 	return Result;
 }
@@ -87,6 +91,7 @@ void UTransBuffer::Cancel(int32 StartIndex)
 	{
 		UE_LOG(LogEditorTransaction, Warning, TEXT("Canceling transaction partially is unsupported. Canceling %s entirely."), *Transaction->GetTitle().ToString());
 	}
+	const FTransactionContext Context = Transaction->GetContext();
 	UndoBuffer.Pop();
 	delete Transaction;
 	UndoBuffer.Append(RemovedTransactions);
@@ -94,6 +99,7 @@ void UTransBuffer::Cancel(int32 StartIndex)
 	UndoCount = PreviousUndoCount;
 	ActiveCount = 0;
 	GUndo = nullptr;
+	TransactionStateChangedDelegate.Broadcast(Context, ETransactionStateEventType::TransactionCanceled);
 }
 
 void UTransBuffer::Reset(const FText& Reason)
@@ -160,9 +166,7 @@ bool UTransBuffer::Undo(bool bCanRedo)
 	}
 	++UndoCount;
 	UE::Headless::FTransaction* Transaction = UndoBuffer[UndoBuffer.Num() - UndoCount];
-	GIsTransacting = true;
-	Transaction->Apply();
-	GIsTransacting = false;
+	ApplyUndoRedo(*Transaction);
 	if (!bCanRedo)
 	{
 		for (int32 Index = UndoBuffer.Num() - UndoCount; Index < UndoBuffer.Num(); ++Index)
@@ -183,9 +187,7 @@ bool UTransBuffer::Redo()
 	}
 	UE::Headless::FTransaction* Transaction = UndoBuffer[UndoBuffer.Num() - UndoCount];
 	--UndoCount;
-	GIsTransacting = true;
-	Transaction->Apply();
-	GIsTransacting = false;
+	ApplyUndoRedo(*Transaction);
 	return true;
 }
 
@@ -212,4 +214,14 @@ int32 UTransBuffer::GetUndoCount() const
 bool UTransBuffer::IsActive()
 {
 	return ActiveCount > 0;
+}
+
+void UTransBuffer::ApplyUndoRedo(UE::Headless::FTransaction& Transaction)
+{
+	const FTransactionContext Context = Transaction.GetContext();
+	TransactionStateChangedDelegate.Broadcast(Context, ETransactionStateEventType::UndoRedoStarted);
+	GIsTransacting = true;
+	Transaction.Apply();
+	GIsTransacting = false;
+	TransactionStateChangedDelegate.Broadcast(Context, ETransactionStateEventType::UndoRedoFinalized);
 }

@@ -22,6 +22,7 @@ namespace UE::Headless
 		// A transaction that recorded nothing leaves no undo step.
 		[[nodiscard]] bool IsTransient() const { return Records.Num() == 0; }
 		[[nodiscard]] const FText& GetTitle() const { return Title; }
+		[[nodiscard]] FTransactionContext GetContext() const { return FTransactionContext(Title, *Context, nullptr); }
 
 	private:
 		struct FObjectRecord

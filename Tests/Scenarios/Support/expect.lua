@@ -58,6 +58,7 @@ end
 -- The refusal table {ok=false, error=message} with nothing else, and its log line.
 function expect.refused(result, message, verb, what)
 	what = what or message
+	expect.keys(result, { { "ok", "boolean" }, { "error", "string" } }, what .. " refusal")
 	expect.eq(result.ok, false, what .. " ok")
 	expect.eq(result.error, message, what .. " error")
 	local lines = headless.log_lines()

@@ -149,3 +149,11 @@ private:
 	typedef TMulticastDelegate<void(Param1Type, Param2Type)> DelegateName;
 #define DECLARE_MULTICAST_DELEGATE_ThreeParams(DelegateName, Param1Type, Param2Type, Param3Type) \
 	typedef TMulticastDelegate<void(Param1Type, Param2Type, Param3Type)> DelegateName;
+
+// An event: anyone may listen, only its owning type broadcasts.
+#define DECLARE_EVENT_TwoParams(OwningType, EventName, Param1Type, Param2Type) \
+	class EventName : public TMulticastDelegate<void(Param1Type, Param2Type)> \
+	{ \
+		friend class OwningType; \
+		using TMulticastDelegate<void(Param1Type, Param2Type)>::Broadcast; \
+	};

@@ -3,6 +3,7 @@
 
 #include "CoreMinimal.h"
 #include "Editor/Transactor.h"
+#include "Misc/ITransaction.h"
 #include "UObject/ObjectMacros.h"
 
 namespace UE::Headless
@@ -33,7 +34,14 @@ public:
 	[[nodiscard]] UNREALED_API int32 GetUndoCount() const override;
 	UNREALED_API bool IsActive() override;
 
+	DECLARE_EVENT_TwoParams(UTransBuffer, FOnTransactorTransactionStateChanged, const FTransactionContext& /*TransactionContext*/,
+		ETransactionStateEventType /*TransactionState*/);
+	// Announces a transaction's start, cancel and finalisation, and each undo and redo.
+	FOnTransactorTransactionStateChanged& OnTransactionStateChanged() { return TransactionStateChangedDelegate; }
+
 private:
+	void ApplyUndoRedo(UE::Headless::FTransaction& Transaction);
+
 	friend class UEditorEngine;
 	friend struct UE::Headless::FTransBufferAccess;
 
@@ -47,4 +55,5 @@ private:
 	int32 UndoCount = 0;
 	int32 PreviousUndoCount = 0;
 	int32 ActiveCount = 0;
+	FOnTransactorTransactionStateChanged TransactionStateChangedDelegate;
 };

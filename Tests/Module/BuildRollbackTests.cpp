@@ -1,0 +1,110 @@
+// A failed build puts back the dirty flags of the packages it touched, whoever changed them while its
+// transaction was open: here a listener of the editor's transactions dirties the output package as the
+// build's transaction starts, as an editor tool reacting to transactions may.
+#include "Build/NaniteAssemblyBuild.h"
+#include "Editor.h"
+#include "Editor/TransBuffer.h"
+#include "Headless/EditorRuntime.h"
+#include "Headless/Faults.h"
+#include "Headless/StringUtils.h"
+#include "LuaSessionData.h"
+#include "Request/NaniteAssemblyBuildRequest.h"
+#include "TestProject.h"
+#include "Templates/Casts.h"
+#include "UObject/Package.h"
+#include "UObject/UObjectGlobals.h"
+
+#include <gtest/gtest.h>
+
+using namespace CVAI::NaniteAssembly;
+
+namespace
+{
+	using UE::Headless::ToUtf8;
+
+	FNaniteAssemblyBuildRequest CubeRequest(const TCHAR* Output)
+	{
+		FNaniteAssemblyBuildRequest Request;
+		Request.Output = Output;
+		FNaniteAssemblyPartRequest& Part = Request.Parts.AddDefaulted_GetRef();
+		Part.MeshPath = TEXT("/Engine/BasicShapes/Cube");
+		Part.Transforms.Add(FTransform::Identity);
+		return Request;
+	}
+
+	class BuildRollbackTest : public ::testing::Test
+	{
+	protected:
+		void SetUp() override
+		{
+			ASSERT_TRUE(Project.Start());
+			Buffer = Cast<UTransBuffer>(GEditor->Trans.Get());
+			ASSERT_NE(Buffer, nullptr);
+		}
+
+		void TearDown() override
+		{
+			if (Buffer)
+			{
+				Buffer->OnTransactionStateChanged().Remove(Listener);
+			}
+			UE::Headless::ClearFaults();
+		}
+
+		// Dirties the package as every transaction starts.
+		void DirtyOnTransactionStart(const TCHAR* PackageName)
+		{
+			UPackage* Package = CreatePackage(PackageName);
+			ASSERT_NE(Package, nullptr);
+			Package->SetDirtyFlag(false);
+			Listener = Buffer->OnTransactionStateChanged().AddLambda([Package](const FTransactionContext&, ETransactionStateEventType State)
+			{
+				if (State == ETransactionStateEventType::TransactionStarted)
+				{
+					Package->SetDirtyFlag(true);
+				}
+			});
+		}
+
+		FTestProject Project;
+		UTransBuffer* Buffer = nullptr;
+		FDelegateHandle Listener;
+	};
+}
+
+TEST_F(BuildRollbackTest, AFailedCreationPutsTheDirtyFlagsBack)
+{
+	DirtyOnTransactionStart(TEXT("/Game/Rollback/SM_NoObject"));
+	ASSERT_TRUE(UE::Headless::FailNext(TEXT("NewObject")));
+	FLuaSessionData Session;
+	FNaniteAssemblyBuildOutcome Outcome;
+	FString Error;
+	EXPECT_FALSE(ExecuteNaniteAssemblyBuild(CubeRequest(TEXT("/Game/Rollback/SM_NoObject")), Session, Outcome, Error));
+	EXPECT_EQ(ToUtf8(Error), "failed to create StaticMesh '/Game/Rollback/SM_NoObject.SM_NoObject'");
+	EXPECT_FALSE(FindObject<UPackage>(nullptr, TEXT("/Game/Rollback/SM_NoObject"))->IsDirty());
+	EXPECT_EQ(UE::Headless::GetUndoHistory().Num(), 0);
+
+	// Inside a caller's transaction nothing is cancelled: the caller's transaction stays open.
+	Buffer->OnTransactionStateChanged().Remove(Listener);
+	GEditor->BeginTransaction(TEXT("Caller"), FText::FromString(TEXT("Caller")), nullptr);
+	ASSERT_TRUE(UE::Headless::FailNext(TEXT("NewObject")));
+	EXPECT_FALSE(ExecuteNaniteAssemblyBuild(CubeRequest(TEXT("/Game/Rollback/SM_NoObject")), Session, Outcome, Error));
+	EXPECT_EQ(ToUtf8(Error), "failed to create StaticMesh '/Game/Rollback/SM_NoObject.SM_NoObject'") << "no outer-transaction note for a failed creation";
+	EXPECT_FALSE(Outcome.bTransactionOwned);
+	EXPECT_TRUE(GEditor->IsTransactionActive());
+	GEditor->EndTransaction();
+}
+
+TEST_F(BuildRollbackTest, ARefusedBuildPutsTheDirtyFlagsBackWhenItOwnsTheTransaction)
+{
+	DirtyOnTransactionStart(TEXT("/Game/Rollback/SM_Refused"));
+	ASSERT_TRUE(UE::Headless::FailNext(TEXT("FinishAssemblyBuild")));
+	FLuaSessionData Session;
+	FNaniteAssemblyBuildOutcome Outcome;
+	FString Error;
+	EXPECT_FALSE(ExecuteNaniteAssemblyBuild(CubeRequest(TEXT("/Game/Rollback/SM_Refused")), Session, Outcome, Error));
+	EXPECT_EQ(ToUtf8(Error), "FinishAssemblyBuild failed (no assembly parts were applied)");
+	EXPECT_FALSE(FindObject<UPackage>(nullptr, TEXT("/Game/Rollback/SM_Refused"))->IsDirty());
+	EXPECT_TRUE(Outcome.bTransactionOwned);
+	EXPECT_EQ(Outcome.Mesh, nullptr);
+}
