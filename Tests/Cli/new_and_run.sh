@@ -3,13 +3,14 @@
 source "$(dirname "$0")/lib/common.sh"
 
 expect_status 0 "$cvai" new "$work/My Project"
+expect_file "$work/out" "Created project My_Project in $work/My Project/"
 expect_line "$work/My Project/My_Project.uproject" '		{ "Name": "NaniteAssemblyEditorUtils", "Enabled": true },'
 expect_line "$work/My Project/Config/DefaultEngine.ini" "[ConsoleVariables]"
 expect_line "$work/My Project/Config/DefaultEngine.ini" "r.Nanite.AllowAssemblies=1"
 [ -d "$work/My Project/Content" ] || fail "no Content folder"
 [ -z "$(ls -A "$work/My Project/Content")" ] || fail "Content is not empty"
 expect_status 1 "$cvai" new "$work/My Project"
-expect_text "$work/err" "already holds a project (My_Project.uproject)"
+expect_file "$work/err" "cvai: '$work/My Project/' already holds a project (My_Project.uproject)"
 
 project="$work/My Project"
 cat > "$work/ok.lua" <<'LUA'

@@ -1,39 +1,61 @@
 #!/usr/bin/env bash
-# Help texts and usage errors: status 2 for every misuse, 0 for help.
+# Every refusal of the command line: status 2, the whole message and the hint to the help, and nothing run.
 source "$(dirname "$0")/lib/common.sh"
 
-expect_status 2 "$cvai"
-expect_status 0 "$cvai" --help
-expect_text "$work/out" "cvai run SCRIPT.lua [--project DIR] [--log FILE]"
-expect_text "$work/out" "Exit status: 0 success, 1 failure"
-expect_status 0 "$cvai" run --help
-expect_text "$work/out" "Exit status: 0 when the script ran to its end, 1 when it raised a Lua error"
-expect_text "$work/out" "nanite_assembly_build{...}"
-for command in new info automation; do
-	expect_status 0 "$cvai" "$command" --help
-	expect_text "$work/out" "Usage: cvai $command"
+for word in frobnicate --bogus -x; do
+	expect_status 2 "$cvai" "$word"
+	expect_file "$work/err" "cvai: unknown command '$word'
+Try 'cvai --help'."
+	expect_file "$work/out" ""
 done
 
-expect_status 2 "$cvai" frobnicate
-expect_text "$work/err" "unknown command 'frobnicate'"
-expect_status 2 "$cvai" run
-expect_text "$work/err" "run needs a script"
-expect_status 2 "$cvai" run a.lua b.lua
-expect_status 2 "$cvai" run a.lua --project
-expect_text "$work/err" "--project needs a value"
-expect_status 2 "$cvai" run a.lua --bogus
-expect_text "$work/err" "unknown option '--bogus'"
-expect_status 2 "$cvai" run "$work/missing.lua"
-expect_text "$work/err" "cannot read the script"
-expect_status 2 "$cvai" new
-expect_status 2 "$cvai" info
-expect_status 2 "$cvai" info a b
+mkdir -p "$work/here"
+cd "$work/here"
+refused "new needs the folder to create" new
+refused "new takes exactly one folder" new a b
+# new takes no options, and a folder named like one is taken for a mistyped one.
+for word in --bogus -x - --project; do
+	refused "new takes exactly one folder" new "$word"
+done
+[ -z "$(ls -A)" ] || fail "a refused new created $(ls -A)"
+cd - > /dev/null
 
-# A folder without a project is refused with the way to make one.
-echo 'print("never")' > "$work/ok.lua"
+echo 'print("ran")' > "$work/ok.lua"
+refused "run needs a script" run
+refused "run needs a script" run --verbose
+refused "run takes one script" run a.lua b.lua
+refused "run takes one script" run a.lua b.lua --bogus
+refused "--project needs a value" run a.lua --project
+refused "--log needs a value" run a.lua --log
+refused "unknown option '--bogus'" run --bogus a.lua b.lua
+refused "unknown option '-x'" run a.lua -x
+refused "unknown option '--'" run a.lua --
+refused "unknown option '--project=.'" run a.lua --project=.
+refused "unknown option '--json'" run a.lua --json
+refused "cannot read the script '$work/missing.lua'" run "$work/missing.lua"
+refused "cannot read the script '$work'" run "$work"
+# '-' is a script's name like any other.
+refused "cannot read the script '-'" run -
+
+refused "info needs the path of a static mesh" info
+refused "info needs the path of a static mesh" info --verbose --json
+refused "info takes one path" info a b
+refused "--project needs a value" info a --project
+refused "unknown option '--bogus'" info a --bogus
+refused "unknown option '--log'" info a --log x.log
+
+refused "automation takes one filter" automation a b
+refused "--project needs a value" automation --project
+refused "unknown option '--json'" automation --json
+
+# A path or a filter that starts with a single dash is looked up: what stops these is the folder without a
+# project, after the command line was accepted.
 mkdir -p "$work/empty"
-expect_status 2 "$cvai" run "$work/ok.lua" --project "$work/empty"
-expect_text "$work/err" "no .uproject file in '$work/empty/'; make a project there with: cvai new $work/empty/"
-expect_status 2 "$cvai" info /Engine/BasicShapes/Cube --project "$work/empty"
+for command in info automation; do
+	for word in -x -; do
+		refused "no .uproject file in '$work/empty/'; make a project there with: cvai new $work/empty/" \
+			"$command" "$word" --project "$work/empty"
+	done
+done
 
 finish

@@ -1,8 +1,9 @@
 // The commands of the cvai program.
 #pragma once
 
+#include "CvaiOptions.h"
+
 #include <string>
-#include <vector>
 
 namespace UE::Headless::Cvai
 {
@@ -13,30 +14,18 @@ namespace UE::Headless::Cvai
 		ExitUsage = 2,
 	};
 
-	using FArguments = std::vector<std::string>;
+	struct FCommand
+	{
+		// Runs on words that fit the syntax.
+		int (*Run)(const FCommandLine& CommandLine) = nullptr;
+		FCommandSyntax Syntax;
+	};
 
-	int RunNewCommand(const FArguments& Arguments);
-	int RunRunCommand(const FArguments& Arguments);
-	int RunInfoCommand(const FArguments& Arguments);
-	int RunAutomationCommand(const FArguments& Arguments);
-
-	// Each command's --help text, and the program's.
-	const char* GetProgramHelp();
-	const char* GetNewHelp();
-	const char* GetRunHelp();
-	const char* GetInfoHelp();
-	const char* GetAutomationHelp();
+	extern const FCommand NewCommand;
+	extern const FCommand RunCommand;
+	extern const FCommand InfoCommand;
+	extern const FCommand AutomationCommand;
 
 	// Prints "cvai: <message>" and a hint to stderr; returns ExitUsage.
 	int UsageError(const std::string& Message, const char* Command);
-
-	// Options shared by the commands that start an editor on a project.
-	struct FEditorOptions
-	{
-		std::string ProjectDir = ".";
-		bool bVerbose = false;
-	};
-
-	// Sends the engine log to <project>/Saved/Logs/cvai.log, and errors (everything with bVerbose) to stderr.
-	void RouteEngineLog(const std::string& ProjectDir, bool bVerbose);
 }

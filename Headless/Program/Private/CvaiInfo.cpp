@@ -1,8 +1,5 @@
 #include "CvaiCommands.h"
-
-#include "Headless/EngineLog.h"
-#include "Headless/HeadlessEditor.h"
-#include "Headless/StringUtils.h"
+#include "CvaiEditorSession.h"
 
 #include <nlohmann/json.hpp>
 #include <sol/sol.hpp>
@@ -16,7 +13,13 @@ namespace UE::Headless::Cvai
 {
 	namespace
 	{
+		constexpr const char* Help = "Prints the readback of one static mesh, as nanite_assembly_info(PATH) returns it: a readable summary, or with\n"
+			"--json the result table as JSON. PATH is completed as the verb completes it (SM_Rock, Meshes/SM_Rock,\n"
+			"/Game/Meshes/SM_Rock, /Game/Meshes/SM_Rock.SM_Rock). Exit status 1 when no static mesh is found.\n";
+
 		using FJson = nlohmann::ordered_json;
+
+		constexpr FOption JsonOption{ "--json" };
 
 		// Keys of the readback in the order the verb writes them; any other key follows in name order.
 		const std::vector<std::string> KeyOrder = { "ok", "asset", "object_path", "nanite_enabled", "nanite_settings_enabled", "is_assembly",
@@ -133,101 +136,46 @@ namespace UE::Headless::Cvai
 			std::printf("  render data: %s   valid Nanite data: %s   compiling: %s   assemblies supported: %s\n", YesNo(Result["render_data_available"]),
 				YesNo(Result["valid_nanite_data"]), YesNo(Result["compiling"]), YesNo(Result["assemblies_supported"]));
 		}
-	}
 
-	int RunInfoCommand(const FArguments& Arguments)
-	{
-		std::string Path;
-		bool bHavePath = false;
-		bool bJson = false;
-		FEditorOptions Options;
-		for (size_t Index = 0; Index < Arguments.size(); ++Index)
+		int RunInfo(const FCommandLine& CommandLine)
 		{
-			const std::string& Argument = Arguments[Index];
-			if (Argument == "--project")
+			FEditorSession Editor(CommandLine);
+			if (const int Exit = Editor.Open(); Exit != ExitOk)
 			{
-				if (Index + 1 >= Arguments.size())
-				{
-					return UsageError("--project needs a value", "info");
-				}
-				Options.ProjectDir = Arguments[++Index];
+				return Exit;
 			}
-			else if (Argument == "--json")
-			{
-				bJson = true;
-			}
-			else if (Argument == "--verbose")
-			{
-				Options.bVerbose = true;
-			}
-			else if (Argument.rfind("--", 0) == 0)
-			{
-				return UsageError("unknown option '" + Argument + "'", "info");
-			}
-			else if (!bHavePath)
-			{
-				Path = Argument;
-				bHavePath = true;
-			}
-			else
-			{
-				return UsageError("info takes one path", "info");
-			}
-		}
-		if (!bHavePath)
-		{
-			return UsageError("info needs the path of a static mesh", "info");
-		}
-
-		FProjectInfo Project;
-		FString Error;
-		if (!FindProject(FromUtf8(Options.ProjectDir), Project, Error))
-		{
-			return UsageError(ToUtf8(Error), "info");
-		}
-		RouteEngineLog(ToUtf8(Project.ProjectDir), Options.bVerbose);
-		FHeadlessEditor Editor;
-		if (!Editor.Start(Project.ProjectDir, Error))
-		{
-			std::fprintf(stderr, "cvai: %s\n", ToUtf8(Error).c_str());
-			return ExitFailure;
-		}
-
-		int Exit = ExitOk;
-		{
-			std::unique_ptr<FCorvaneLuaSession> Session = Editor.CreateSession();
-			lua_State* L = Session->GetLua().lua_state();
+			const std::string& Path = CommandLine.Positionals[0];
+			lua_State* L = Editor.GetLuaSession().GetLua().lua_state();
 			lua_getglobal(L, "nanite_assembly_info");
 			lua_pushlstring(L, Path.data(), Path.size());
 			if (lua_pcall(L, 1, 1, 0) != LUA_OK)
 			{
 				std::fprintf(stderr, "cvai: %s\n", lua_tostring(L, -1));
-				Exit = ExitFailure;
+				return ExitFailure;
+			}
+			const FJson Result = ToJson(L, -1);
+			const bool bOk = Result.value("ok", false);
+			if (CommandLine.Has(JsonOption.Name))
+			{
+				// The table says what went wrong itself.
+				std::printf("%s\n", Result.dump(2).c_str());
+			}
+			else if (bOk)
+			{
+				PrintSummary(Result);
 			}
 			else
 			{
-				const FJson Result = ToJson(L, -1);
-				if (bJson)
-				{
-					std::printf("%s\n", Result.dump(2).c_str());
-				}
-				else if (Result.value("ok", false))
-				{
-					PrintSummary(Result);
-				}
-				if (!Result.value("ok", false))
-				{
-					if (!bJson)
-					{
-						std::fprintf(stderr, "cvai: %s\n", Result.value("error", std::string()).c_str());
-					}
-					Exit = ExitFailure;
-				}
+				std::fprintf(stderr, "cvai: %s\n", Result.value("error", std::string()).c_str());
 			}
-			lua_settop(L, 0);
+			return bOk ? ExitOk : ExitFailure;
 		}
-		Editor.Stop();
-		SetEngineLogListener(nullptr);
-		return Exit;
 	}
+
+	const FCommand InfoCommand{ .Run = &RunInfo,
+		.Syntax = { .Name = "info", .Summary = "print the Nanite Assembly readback of a static mesh", .Description = Help,
+			.Options = { ProjectOption, JsonOption, Unlisted(VerboseOption) },
+			// The verb completes any text as a path, so "-x" is looked up rather than refused.
+			.Positionals = { .Names = { "PATH" }, .MinCount = 1, .DashedWord = EDashedWord::ValueUnlessDoubleDash,
+				.MissingMessage = "info needs the path of a static mesh", .ExtraMessage = "info takes one path" } } };
 }

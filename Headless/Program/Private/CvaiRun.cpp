@@ -1,111 +1,73 @@
 #include "CvaiCommands.h"
+#include "CvaiEditorSession.h"
 
-#include "Headless/EngineLog.h"
-#include "Headless/HeadlessEditor.h"
 #include "Headless/StringUtils.h"
 
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <filesystem>
 #include <memory>
 
 namespace UE::Headless::Cvai
 {
-	int RunNewCommand(const FArguments& Arguments)
+	namespace
 	{
-		if (Arguments.size() != 1 || Arguments[0].rfind("-", 0) == 0)
-		{
-			return UsageError(Arguments.empty() ? "new needs the folder to create" : "new takes exactly one folder", "new");
-		}
-		FProjectInfo Project;
-		FString Error;
-		if (!CreateProject(FromUtf8(Arguments[0]), Project, Error))
-		{
-			std::fprintf(stderr, "cvai: %s\n", ToUtf8(Error).c_str());
-			return ExitFailure;
-		}
-		std::printf("Created project %s in %s\n", ToUtf8(Project.Name).c_str(), ToUtf8(Project.ProjectDir).c_str());
-		return ExitOk;
-	}
+		constexpr const char* Help = "Starts a headless editor on the project in DIR (default: the current folder), loads the\n"
+			"CVAI_NaniteAssembly_Integration module as the engine loads it, opens one host Lua session and runs SCRIPT.lua\n"
+			"in it, then shuts the module down.\n"
+			"\n"
+			"The session has the standard Lua libraries, the module's verbs nanite_assembly_support(),\n"
+			"nanite_assembly_info(path) and nanite_assembly_build{...}, and the table 'headless' that drives the editor:\n"
+			"undo, redo, begin_transaction, end_transaction, cancel_transaction, transaction_depth, undo_history, set_cvar,\n"
+			"get_cvar, set_plugin_enabled, set_editor_available, set_asset_registry_available, tick, is_package_dirty,\n"
+			"package_file_exists, object_info, create_transient_mesh, fail_next, saved_packages, log_lines, engine_log,\n"
+			"project_dir. fail_next(operation, reason?, skipped_calls?) makes a coming call of an engine or host operation\n"
+			"fail: BeginEditStaticMeshAssemblyBuild, AddAssemblyParts, FinishAssemblyBuild, NewObject, CreatePackage,\n"
+			"EnsurePackageEditable, EnsurePackageEditableForSave or SavePackages.\n"
+			"\n"
+			"Output: every line of the session's log goes to standard output exactly as logged, and to FILE with --log;\n"
+			"print() also writes to standard output. The engine log is written to DIR/Saved/Logs/cvai.log; its errors\n"
+			"(with --verbose, all of it) also go to standard error.\n"
+			"\n"
+			"Exit status: 0 when the script ran to its end, 1 when it raised a Lua error (the error and a traceback go to\n"
+			"standard error), 2 for a usage error (including a folder without a .uproject).\n";
 
-	int RunRunCommand(const FArguments& Arguments)
-	{
-		std::string Script;
-		std::string LogPath;
-		FEditorOptions Options;
-		for (size_t Index = 0; Index < Arguments.size(); ++Index)
-		{
-			const std::string& Argument = Arguments[Index];
-			if ((Argument == "--project" || Argument == "--log") && Index + 1 >= Arguments.size())
-			{
-				return UsageError(Argument + " needs a value", "run");
-			}
-			if (Argument == "--project")
-			{
-				Options.ProjectDir = Arguments[++Index];
-			}
-			else if (Argument == "--log")
-			{
-				LogPath = Arguments[++Index];
-			}
-			else if (Argument == "--verbose")
-			{
-				Options.bVerbose = true;
-			}
-			else if (Argument.rfind("-", 0) == 0 && Argument != "-")
-			{
-				return UsageError("unknown option '" + Argument + "'", "run");
-			}
-			else if (Script.empty())
-			{
-				Script = Argument;
-			}
-			else
-			{
-				return UsageError("run takes one script", "run");
-			}
-		}
-		if (Script.empty())
-		{
-			return UsageError("run needs a script", "run");
-		}
-		std::error_code FileError;
-		if (!std::filesystem::is_regular_file(Script, FileError))
-		{
-			return UsageError("cannot read the script '" + Script + "'", "run");
-		}
+		constexpr FOption LogOption{ "--log", "FILE" };
 
-		FProjectInfo Project;
-		FString Error;
-		if (!FindProject(FromUtf8(Options.ProjectDir), Project, Error))
+		int RunRun(const FCommandLine& CommandLine)
 		{
-			return UsageError(ToUtf8(Error), "run");
-		}
-		std::shared_ptr<FILE> LogFile;
-		if (!LogPath.empty())
-		{
-			LogFile.reset(std::fopen(LogPath.c_str(), "w"), [](FILE* File) { std::fclose(File); });
-			if (!LogFile)
+			const std::string& Script = CommandLine.Positionals[0];
+			std::error_code FileError;
+			if (!std::filesystem::is_regular_file(Script, FileError))
 			{
-				return UsageError("cannot write the log file '" + LogPath + "'", "run");
+				return UsageError("cannot read the script '" + Script + "'", CommandLine.Command);
 			}
-		}
 
-		RouteEngineLog(ToUtf8(Project.ProjectDir), Options.bVerbose);
-		FHeadlessEditor Editor;
-		if (!Editor.Start(Project.ProjectDir, Error))
-		{
-			std::fprintf(stderr, "cvai: %s\n", ToUtf8(Error).c_str());
-			return ExitFailure;
-		}
-
-		int Exit = ExitOk;
-		{
-			std::unique_ptr<FCorvaneLuaSession> Session = Editor.CreateSession();
-			for (const FString& BinderError : Session->GetBinderErrors())
+			FEditorSession Editor(CommandLine);
+			// A wrong project is the first thing to hear about, before a log file is made for nothing.
+			if (!Editor.FindProject())
 			{
-				std::fprintf(stderr, "cvai: %s\n", ToUtf8(BinderError).c_str());
+				return ExitUsage;
 			}
-			FLuaSessionAccess::SetLogListener(Session->GetSessionData(), [LogFile](const FString& Line)
+			std::shared_ptr<FILE> LogFile;
+			const std::string LogPath = CommandLine.Get(LogOption.Name, "");
+			if (!LogPath.empty())
+			{
+				LogFile = OpenLogFile(LogPath);
+				if (!LogFile)
+				{
+					std::fprintf(stderr, "cvai: cannot write the log file '%s': %s\n", LogPath.c_str(), std::strerror(errno));
+					return ExitFailure;
+				}
+			}
+			if (const int Exit = Editor.Open(); Exit != ExitOk)
+			{
+				return Exit;
+			}
+
+			FCorvaneLuaSession& Session = Editor.GetLuaSession();
+			FLuaSessionAccess::SetLogListener(Session.GetSessionData(), [LogFile](const FString& Line)
 			{
 				const std::string Text = ToUtf8(Line);
 				std::fwrite(Text.data(), 1, Text.size(), stdout);
@@ -116,16 +78,18 @@ namespace UE::Headless::Cvai
 				}
 			});
 			std::string ScriptError;
-			if (!Session->RunFile(Script, ScriptError))
+			if (!Session.RunFile(Script, ScriptError))
 			{
 				std::fflush(stdout);
 				std::fprintf(stderr, "%s\n", ScriptError.c_str());
-				Exit = ExitFailure;
+				return ExitFailure;
 			}
+			return ExitOk;
 		}
-		std::fflush(stdout);
-		Editor.Stop();
-		SetEngineLogListener(nullptr);
-		return Exit;
 	}
+
+	const FCommand RunCommand{ .Run = &RunRun,
+		.Syntax = { .Name = "run", .Summary = "run a script in a headless editor session", .Description = Help,
+			.Options = { ProjectOption, LogOption, VerboseOption },
+			.Positionals = { .Names = { "SCRIPT.lua" }, .MinCount = 1, .MissingMessage = "run needs a script", .ExtraMessage = "run takes one script" } } };
 }

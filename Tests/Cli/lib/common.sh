@@ -32,6 +32,25 @@ expect_text() {
 	grep -qF -- "$text" "$file" || fail "no '$text' in $(basename "$file"): $(cat "$file")"
 }
 
+# expect_file FILE TEXT: the file holds exactly TEXT, plus a final newline unless TEXT is empty.
+expect_file() {
+	local file=$1 text=$2
+	if [ -n "$text" ]; then printf '%s\n' "$text" > "$work/expected"; else : > "$work/expected"; fi
+	diff -u "$work/expected" "$file" > "$work/diff" || fail "$(basename "$file") differs from what was expected:
+$(cat "$work/diff")"
+}
+
+# refused MESSAGE COMMAND ARGS...: cvai COMMAND ARGS... is a usage error: status 2, nothing on standard output, and
+# on standard error exactly the message and the hint to the command's help.
+refused() {
+	local message=$1
+	shift
+	expect_status 2 "$cvai" "$@"
+	expect_file "$work/err" "cvai: $message
+Try 'cvai $1 --help'."
+	expect_file "$work/out" ""
+}
+
 new_project() {
 	"$cvai" new "$work/$1" > /dev/null || fail "cvai new $1"
 	echo "$work/$1"

@@ -1,0 +1,142 @@
+#include "CvaiOptions.h"
+
+#include <algorithm>
+#include <optional>
+
+namespace UE::Headless::Cvai
+{
+	namespace
+	{
+		bool IsHelp(const std::string& Word)
+		{
+			return Word == "--help" || Word == "-h";
+		}
+
+		const FOption* FindOption(const FCommandSyntax& Syntax, const std::string& Word)
+		{
+			const auto Found = std::find_if(Syntax.Options.begin(), Syntax.Options.end(), [&Word](const FOption& Option) { return Word == Option.Name; });
+			return Found == Syntax.Options.end() ? nullptr : &*Found;
+		}
+
+		// The usage error for a word that is none of the command's options; nothing when the word is a value.
+		std::optional<std::string> RefuseWord(const FPositionals& Positionals, const std::string& Word)
+		{
+			if (Word.empty() || Word[0] != '-')
+			{
+				return std::nullopt;
+			}
+			switch (Positionals.DashedWord)
+			{
+			case EDashedWord::UnknownOption:
+				if (Word == "-")
+				{
+					return std::nullopt;
+				}
+				break;
+			case EDashedWord::ValueUnlessDoubleDash:
+				if (Word.rfind("--", 0) != 0)
+				{
+					return std::nullopt;
+				}
+				break;
+			case EDashedWord::ExtraArgument:
+				return std::string(Positionals.ExtraMessage);
+			}
+			return "unknown option '" + Word + "'";
+		}
+	}
+
+	bool FCommandLine::Has(const std::string& Name) const
+	{
+		return Options.count(Name) != 0;
+	}
+
+	std::string FCommandLine::Get(const std::string& Name, const std::string& Default) const
+	{
+		const auto Found = Options.find(Name);
+		return Found == Options.end() ? Default : Found->second;
+	}
+
+	std::string FCommandLine::GetPositional(size_t Index, const std::string& Default) const
+	{
+		return Index < Positionals.size() ? Positionals[Index] : Default;
+	}
+
+	FParseResult ParseCommandLine(const FCommandSyntax& Syntax, const FArguments& Arguments)
+	{
+		FParseResult Result;
+		Result.CommandLine.Command = Syntax.Name;
+		// Help wins over every error: "cvai run --project --help" asks for help, not for a project named --help.
+		if (std::any_of(Arguments.begin(), Arguments.end(), &IsHelp))
+		{
+			Result.bHelp = true;
+			return Result;
+		}
+		const FPositionals& Positionals = Syntax.Positionals;
+		const size_t MaxCount = Positionals.bLastRepeats ? Arguments.size() : Positionals.Names.size();
+		for (size_t Index = 0; Index < Arguments.size(); ++Index)
+		{
+			const std::string& Word = Arguments[Index];
+			if (const FOption* Option = FindOption(Syntax, Word))
+			{
+				if (!Option->ValueName)
+				{
+					Result.CommandLine.Options[Word].clear();
+					continue;
+				}
+				if (Index + 1 >= Arguments.size())
+				{
+					Result.Error = Word + " needs a value";
+					return Result;
+				}
+				// The next word is the value whatever it looks like, so a value may start with '-'.
+				Result.CommandLine.Options[Word] = Arguments[++Index];
+				continue;
+			}
+			if (std::optional<std::string> Refusal = RefuseWord(Positionals, Word))
+			{
+				Result.Error = *Refusal;
+				return Result;
+			}
+			if (Result.CommandLine.Positionals.size() >= MaxCount)
+			{
+				Result.Error = Positionals.ExtraMessage;
+				return Result;
+			}
+			Result.CommandLine.Positionals.push_back(Word);
+		}
+		if (Result.CommandLine.Positionals.size() < Positionals.MinCount)
+		{
+			Result.Error = Positionals.MissingMessage;
+		}
+		return Result;
+	}
+
+	std::string FormatUsage(const FCommandSyntax& Syntax)
+	{
+		std::string Usage = std::string("cvai ") + Syntax.Name;
+		const FPositionals& Positionals = Syntax.Positionals;
+		for (size_t Index = 0; Index < Positionals.Names.size(); ++Index)
+		{
+			std::string Name = Positionals.Names[Index];
+			if (Positionals.bLastRepeats && Index + 1 == Positionals.Names.size())
+			{
+				Name += "...";
+			}
+			Usage += Index < Positionals.MinCount ? " " + Name : " [" + Name + "]";
+		}
+		for (const FOption& Option : Syntax.Options)
+		{
+			if (!Option.bUnlisted)
+			{
+				Usage += std::string(" [") + Option.Name + (Option.ValueName ? std::string(" ") + Option.ValueName : std::string()) + "]";
+			}
+		}
+		return Usage;
+	}
+
+	std::string FormatHelp(const FCommandSyntax& Syntax)
+	{
+		return "Usage: " + FormatUsage(Syntax) + "\n\n" + Syntax.Description;
+	}
+}

@@ -1,0 +1,88 @@
+// The cvai command-line parser on shapes of command line that today's commands do not have yet: short options
+// with values, repeated options, several and repeating positionals. The commands' own refusals are checked
+// end to end by Tests/Cli.
+#include "CvaiOptions.h"
+
+#include <gtest/gtest.h>
+
+namespace
+{
+	using namespace UE::Headless::Cvai;
+
+	// A test runner's command line: cvai test SUITE [SCRIPT...] [-j N] [--junit FILE] [--sandbox] [--trace]
+	FCommandSyntax TestSyntax()
+	{
+		return {
+			.Name = "test",
+			.Options = { { "-j", "N" }, { "--junit", "FILE" }, { "--sandbox" }, Unlisted({ "--trace" }) },
+			.Positionals = { .Names = { "SUITE", "SCRIPT" }, .MinCount = 1, .bLastRepeats = true, .MissingMessage = "test needs a suite" },
+		};
+	}
+
+	TEST(CvaiOptionsTest, SortsOptionsFromPositionals)
+	{
+		const FParseResult Parsed = ParseCommandLine(TestSyntax(), { "Suite", "-j", "4", "a.lua", "--sandbox", "b.lua", "--junit", "-", "c.lua", "-j", "8" });
+		ASSERT_EQ(Parsed.Error, "");
+		EXPECT_FALSE(Parsed.bHelp);
+		EXPECT_STREQ(Parsed.CommandLine.Command, "test");
+		EXPECT_EQ(Parsed.CommandLine.Positionals, (std::vector<std::string>{ "Suite", "a.lua", "b.lua", "c.lua" }));
+		// The last of a repeated option wins, and a value is taken as it is, dash or not.
+		EXPECT_EQ(Parsed.CommandLine.Get("-j", "1"), "8");
+		EXPECT_EQ(Parsed.CommandLine.Get("--junit", ""), "-");
+		EXPECT_TRUE(Parsed.CommandLine.Has("--sandbox"));
+		EXPECT_FALSE(Parsed.CommandLine.Has("--trace"));
+		EXPECT_EQ(Parsed.CommandLine.Get("--timeout", "60"), "60");
+		EXPECT_EQ(Parsed.CommandLine.GetPositional(4, "none"), "none");
+	}
+
+	TEST(CvaiOptionsTest, RefusesAtTheFirstWordThatDoesNotFit)
+	{
+		const FCommandSyntax Syntax = TestSyntax();
+		EXPECT_EQ(ParseCommandLine(Syntax, {}).Error, "test needs a suite");
+		EXPECT_EQ(ParseCommandLine(Syntax, { "--sandbox" }).Error, "test needs a suite");
+		EXPECT_EQ(ParseCommandLine(Syntax, { "Suite", "-j" }).Error, "-j needs a value");
+		EXPECT_EQ(ParseCommandLine(Syntax, { "Suite", "-k", "--junit" }).Error, "unknown option '-k'");
+		EXPECT_EQ(ParseCommandLine(Syntax, { "--junit", "-k" }).Error, "test needs a suite");
+		EXPECT_EQ(ParseCommandLine(Syntax, { "Suite", "-" }).Error, "");
+	}
+
+	TEST(CvaiOptionsTest, HelpWinsOverEveryError)
+	{
+		for (const FArguments& Arguments : { FArguments{ "--bogus", "--help" }, FArguments{ "-j", "-h" }, FArguments{ "--help" } })
+		{
+			const FParseResult Parsed = ParseCommandLine(TestSyntax(), Arguments);
+			EXPECT_TRUE(Parsed.bHelp) << Arguments.front();
+			EXPECT_EQ(Parsed.Error, "") << Arguments.front();
+		}
+	}
+
+	TEST(CvaiOptionsTest, TellsDashedWordsByTheCommandsRule)
+	{
+		FCommandSyntax Syntax{ .Name = "find", .Positionals = { .Names = { "PATTERN" }, .MissingMessage = "find needs a pattern", .ExtraMessage = "find takes one pattern" } };
+
+		Syntax.Positionals.DashedWord = EDashedWord::UnknownOption;
+		EXPECT_EQ(ParseCommandLine(Syntax, { "-x" }).Error, "unknown option '-x'");
+		EXPECT_EQ(ParseCommandLine(Syntax, { "-" }).CommandLine.Positionals, FArguments{ "-" });
+
+		Syntax.Positionals.DashedWord = EDashedWord::ValueUnlessDoubleDash;
+		EXPECT_EQ(ParseCommandLine(Syntax, { "-x" }).CommandLine.Positionals, FArguments{ "-x" });
+		EXPECT_EQ(ParseCommandLine(Syntax, { "--x" }).Error, "unknown option '--x'");
+		EXPECT_EQ(ParseCommandLine(Syntax, { "a", "-x" }).Error, "find takes one pattern");
+
+		Syntax.Positionals.DashedWord = EDashedWord::ExtraArgument;
+		for (const char* Word : { "-", "-x", "--x" })
+		{
+			EXPECT_EQ(ParseCommandLine(Syntax, { Word }).Error, "find takes one pattern") << Word;
+		}
+	}
+
+	TEST(CvaiOptionsTest, WritesTheUsageFromTheSyntax)
+	{
+		EXPECT_EQ(FormatUsage(TestSyntax()), "cvai test SUITE [SCRIPT...] [-j N] [--junit FILE] [--sandbox]");
+
+		FCommandSyntax Syntax = TestSyntax();
+		Syntax.Description = "Runs the suite.\n";
+		EXPECT_EQ(FormatHelp(Syntax), "Usage: cvai test SUITE [SCRIPT...] [-j N] [--junit FILE] [--sandbox]\n\nRuns the suite.\n");
+		EXPECT_EQ(FormatUsage({ .Name = "docs" }), "cvai docs");
+	}
+}
