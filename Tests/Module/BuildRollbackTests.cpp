@@ -66,8 +66,27 @@ namespace
 			});
 		}
 
+		// Runs a build of a cube into Output with the named step failing once.
+		bool BuildFailingAt(const TCHAR* Output, const TCHAR* FaultPoint)
+		{
+			if (!UE::Headless::FailNext(FaultPoint))
+			{
+				ADD_FAILURE() << "no fault point " << ToUtf8(FaultPoint);
+				return true;
+			}
+			FLuaSessionData Session;
+			return ExecuteNaniteAssemblyBuild(CubeRequest(Output), Session, Outcome, Error);
+		}
+
+		bool IsPackageDirty(const TCHAR* PackageName) const
+		{
+			return FindObject<UPackage>(nullptr, PackageName)->IsDirty();
+		}
+
 		FTestProject Project;
 		UTransBuffer* Buffer = nullptr;
+		FNaniteAssemblyBuildOutcome Outcome;
+		FString Error;
 		FDelegateHandle Listener;
 	};
 }
@@ -75,20 +94,15 @@ namespace
 TEST_F(BuildRollbackTest, AFailedCreationPutsTheDirtyFlagsBack)
 {
 	DirtyOnTransactionStart(TEXT("/Game/Rollback/SM_NoObject"));
-	ASSERT_TRUE(UE::Headless::FailNext(TEXT("NewObject")));
-	FLuaSessionData Session;
-	FNaniteAssemblyBuildOutcome Outcome;
-	FString Error;
-	EXPECT_FALSE(ExecuteNaniteAssemblyBuild(CubeRequest(TEXT("/Game/Rollback/SM_NoObject")), Session, Outcome, Error));
+	EXPECT_FALSE(BuildFailingAt(TEXT("/Game/Rollback/SM_NoObject"), TEXT("NewObject")));
 	EXPECT_EQ(ToUtf8(Error), "failed to create StaticMesh '/Game/Rollback/SM_NoObject.SM_NoObject'");
-	EXPECT_FALSE(FindObject<UPackage>(nullptr, TEXT("/Game/Rollback/SM_NoObject"))->IsDirty());
+	EXPECT_FALSE(IsPackageDirty(TEXT("/Game/Rollback/SM_NoObject")));
 	EXPECT_EQ(UE::Headless::GetUndoHistory().Num(), 0);
 
 	// Inside a caller's transaction nothing is cancelled: the caller's transaction stays open.
 	Buffer->OnTransactionStateChanged().Remove(Listener);
 	GEditor->BeginTransaction(TEXT("Caller"), FText::FromString(TEXT("Caller")), nullptr);
-	ASSERT_TRUE(UE::Headless::FailNext(TEXT("NewObject")));
-	EXPECT_FALSE(ExecuteNaniteAssemblyBuild(CubeRequest(TEXT("/Game/Rollback/SM_NoObject")), Session, Outcome, Error));
+	EXPECT_FALSE(BuildFailingAt(TEXT("/Game/Rollback/SM_NoObject"), TEXT("NewObject")));
 	EXPECT_EQ(ToUtf8(Error), "failed to create StaticMesh '/Game/Rollback/SM_NoObject.SM_NoObject'") << "no outer-transaction note for a failed creation";
 	EXPECT_FALSE(Outcome.bTransactionOwned);
 	EXPECT_TRUE(GEditor->IsTransactionActive());
@@ -98,13 +112,9 @@ TEST_F(BuildRollbackTest, AFailedCreationPutsTheDirtyFlagsBack)
 TEST_F(BuildRollbackTest, ARefusedBuildPutsTheDirtyFlagsBackWhenItOwnsTheTransaction)
 {
 	DirtyOnTransactionStart(TEXT("/Game/Rollback/SM_Refused"));
-	ASSERT_TRUE(UE::Headless::FailNext(TEXT("FinishAssemblyBuild")));
-	FLuaSessionData Session;
-	FNaniteAssemblyBuildOutcome Outcome;
-	FString Error;
-	EXPECT_FALSE(ExecuteNaniteAssemblyBuild(CubeRequest(TEXT("/Game/Rollback/SM_Refused")), Session, Outcome, Error));
+	EXPECT_FALSE(BuildFailingAt(TEXT("/Game/Rollback/SM_Refused"), TEXT("FinishAssemblyBuild")));
 	EXPECT_EQ(ToUtf8(Error), "FinishAssemblyBuild failed (no assembly parts were applied)");
-	EXPECT_FALSE(FindObject<UPackage>(nullptr, TEXT("/Game/Rollback/SM_Refused"))->IsDirty());
+	EXPECT_FALSE(IsPackageDirty(TEXT("/Game/Rollback/SM_Refused")));
 	EXPECT_TRUE(Outcome.bTransactionOwned);
 	EXPECT_EQ(Outcome.Mesh, nullptr);
 }
