@@ -131,7 +131,7 @@ TEST_F(FTransactionTest, UndoAndRedoSwapTheRecordedStateExactly)
 	EXPECT_EQ(Utf8(Reason), "(Nothing to redo)");
 	ASSERT_TRUE(GEditor->UndoTransaction());
 	EXPECT_FALSE(GEditor->Trans->CanUndo(&Reason) || GEditor->UndoTransaction());
-	EXPECT_EQ(Utf8(Reason), "(Nothing to undo)");
+	EXPECT_EQ(Utf8(Reason), "(Can't undo after: Startup)");
 }
 
 TEST_F(FTransactionTest, NestedScopesCountAndEmptyTransactionsKeepTheRedo)

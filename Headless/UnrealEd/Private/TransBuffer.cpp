@@ -115,6 +115,7 @@ void UTransBuffer::Reset(const FText& Reason)
 	UndoCount = 0;
 	PreviousUndoCount = 0;
 	ActiveCount = 0;
+	ResetReason = Reason;
 	GUndo = nullptr;
 }
 
@@ -132,7 +133,7 @@ bool UTransBuffer::CanUndo(FText* Text)
 	{
 		if (Text)
 		{
-			*Text = FText::FromString(TEXT("(Nothing to undo)"));
+			*Text = FText::FromString(FString::Printf(TEXT("(Can't undo after: %s)"), *ResetReason.ToString()));
 		}
 		return false;
 	}
@@ -141,7 +142,15 @@ bool UTransBuffer::CanUndo(FText* Text)
 
 bool UTransBuffer::CanRedo(FText* Text)
 {
-	if (ActiveCount > 0 || UndoCount == 0)
+	if (ActiveCount > 0)
+	{
+		if (Text)
+		{
+			*Text = FText::FromString(FString::Printf(TEXT("(Can't redo while '%s' is in progress)"), *GetOpenTransactionTitle().ToString()));
+		}
+		return false;
+	}
+	if (UndoCount == 0)
 	{
 		if (Text)
 		{

@@ -47,4 +47,6 @@ private:
 	int32 UndoCount = 0;
 	int32 PreviousUndoCount = 0;
 	int32 ActiveCount = 0;
+	// Why the buffer was last emptied; the text of CanUndo names it when there is nothing to undo.
+	FText ResetReason;
 };
