@@ -55,6 +55,7 @@ int32 UTransBuffer::End()
 	if (ActiveCount >= 1 && --ActiveCount == 0)
 	{
 		UE::Headless::FTransaction* Transaction = UndoBuffer.Last();
+		Transaction->Finalize();
 		if (Transaction->IsTransient())
 		{
 			UndoBuffer.Pop();

@@ -33,6 +33,17 @@ void UE::Headless::FTransaction::SaveObject(UObject* Object)
 	Record.State = SerializeState(*Object);
 }
 
+void UE::Headless::FTransaction::Finalize()
+{
+	// As the engine's records, a record counts only if the object differs from what was saved of it.
+	bHasChanges = false;
+	for (FObjectRecord& Record : Records)
+	{
+		bHasChanges |= Record.bWasGarbage != Record.Object->HasAnyInternalFlags(EInternalObjectFlags::Garbage)
+			|| Record.State != SerializeState(*Record.Object);
+	}
+}
+
 void UE::Headless::FTransaction::Apply()
 {
 	for (int32 Index = Records.Num() - 1; Index >= 0; --Index)
