@@ -554,7 +554,16 @@ UObject* StaticConstructObject_Internal(const FStaticConstructObjectParameters& 
 		Existing->ClearFlags(RF_Public | RF_Standalone);
 		Existing->MarkAsGarbage();
 	}
-	return UE::Headless::Private::ConstructObjectInternal(Class, Outer, Name, Params.SetFlags);
+	UObject* Result = UE::Headless::Private::ConstructObjectInternal(Class, Outer, Name, Params.SetFlags);
+	// As in the engine, a transactional object made inside a transaction is recorded as garbage, so that
+	// undoing the transaction takes the creation back and redoing it brings the object again.
+	if (GIsEditor && GUndo && (Params.SetFlags & RF_Transactional) && !(Params.SetFlags & RF_NeedLoad) && !Class->IsChildOf(UField::StaticClass()))
+	{
+		Result->MarkAsGarbage();
+		SaveToTransactionBuffer(Result, false);
+		Result->ClearGarbage();
+	}
+	return Result;
 }
 
 void GetObjectsWithOuter(const UObjectBase* Outer, TArray<UObject*>& Results, bool bIncludeNestedObjects, EObjectFlags ExclusionFlags,
