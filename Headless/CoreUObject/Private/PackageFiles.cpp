@@ -250,6 +250,8 @@ namespace UE::Headless
 			}
 		}
 
+		// Every object exists before any reads its properties, as the engine creates a package's exports before
+		// serializing them: a reference to an object later in the same package is then found in memory.
 		const bool bWasLoading = GIsEditorLoadingPackage;
 		GIsEditorLoadingPackage = true;
 		TArray<UObject*> Created;
@@ -284,8 +286,13 @@ namespace UE::Headless
 					}
 				}
 			}
-			UObject* Object = Private::ConstructObjectInternal(Class, Outer, FName(FromUtf8(Entry["name"].get<std::string>())), Flags);
-			Created.Add(Object);
+			Created.Add(Private::ConstructObjectInternal(Class, Outer, FName(FromUtf8(Entry["name"].get<std::string>())), Flags));
+		}
+		for (size_t Index = 0; bOk && Index < Objects.size(); ++Index)
+		{
+			const FJson& Entry = Objects[Index];
+			const FString ClassName = FromUtf8(Entry["class"].get<std::string>());
+			UObject* Object = Created[(int32)Index];
 			FString CodecError;
 			const FJson Empty = FJson::object();
 			bool bRead = false;
