@@ -16,6 +16,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <set>
 #include <sstream>
 #include <unistd.h>
 
@@ -52,6 +53,13 @@ namespace
 	{
 		OutError = FString::Printf(TEXT("'%s' is not a valid package file: %s"), *Filename, *Detail);
 		return false;
+	}
+
+	// The packages whose files are being read now.
+	std::set<const UPackage*>& PackagesBeingRead()
+	{
+		static std::set<const UPackage*> Reading;
+		return Reading;
 	}
 
 	// Where a new file goes: every existing folder along the way is reused whatever its letter case.
@@ -191,6 +199,13 @@ namespace UE::Headless
 
 	bool ReadPackageFile(UPackage& Package, const FString& Filename, FString& OutError)
 	{
+		// A reference to an object that its own package does not hold asks to load that package again while it
+		// is being read; it gets the package as it is, as the engine's loader does, rather than a second read
+		// that asks again, without end.
+		if (PackagesBeingRead().count(&Package))
+		{
+			return true;
+		}
 		std::ifstream In(ToUtf8(Filename), std::ios::binary);
 		if (!In)
 		{
@@ -254,6 +269,7 @@ namespace UE::Headless
 		// serializing them: a reference to an object later in the same package is then found in memory.
 		const bool bWasLoading = GIsEditorLoadingPackage;
 		GIsEditorLoadingPackage = true;
+		PackagesBeingRead().insert(&Package);
 		TArray<UObject*> Created;
 		bool bOk = true;
 		for (size_t Index = 0; bOk && Index < Objects.size(); ++Index)
@@ -310,6 +326,7 @@ namespace UE::Headless
 			}
 		}
 		GIsEditorLoadingPackage = bWasLoading;
+		PackagesBeingRead().erase(&Package);
 
 		if (!bOk)
 		{
