@@ -135,7 +135,13 @@ namespace UE::Headless
 		GetObjectsWithOuter(&Package, Inner, true);
 		for (UObject* Object : Inner)
 		{
-			if (Object->HasAnyFlags(RF_Transient))
+			// What lives inside a transient object is not saved either: its outer is not in the file.
+			bool bTransient = false;
+			for (const UObject* Within = Object; Within && Within != &Package; Within = Within->GetOuter())
+			{
+				bTransient |= Within->HasAnyFlags(RF_Transient);
+			}
+			if (bTransient)
 			{
 				continue;
 			}
