@@ -12,7 +12,9 @@
 #include <nlohmann/json.hpp>
 
 #include <charconv>
+#include <cmath>
 #include <cstdlib>
+#include <limits>
 #include <string>
 
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
@@ -58,17 +60,39 @@ namespace
 		return Path.IsEmpty() ? nullptr : Cast<T>(StaticLoadObject(T::StaticClass(), nullptr, Path));
 	}
 
-	// The shortest decimal text that reads back as the same float, so that files stay small and exact.
+	// The shortest decimal text that reads back as the same float, so that files stay small and exact. JSON has
+	// no number for infinities and NaN (they would be written as null), so those are written as words.
 	FJson FloatJson(float Value)
 	{
-		if (!FMath::IsFinite(Value))
+		if (std::isnan(Value))
 		{
-			return FJson((double)Value);
+			return FJson("nan");
+		}
+		if (std::isinf(Value))
+		{
+			return FJson(Value > 0 ? "inf" : "-inf");
 		}
 		char Buffer[32];
 		const std::to_chars_result Result = std::to_chars(Buffer, Buffer + sizeof(Buffer), Value);
 		const double Shortest = std::strtod(std::string(Buffer, Result.ptr).c_str(), nullptr);
 		return FJson((float)Shortest == Value ? Shortest : (double)Value);
+	}
+
+	float ReadFloat(const FJson& Value)
+	{
+		if (Value.is_string())
+		{
+			const std::string Word = Value.get<std::string>();
+			if (Word == "nan")
+			{
+				return std::numeric_limits<float>::quiet_NaN();
+			}
+			if (Word == "inf" || Word == "-inf")
+			{
+				return Word == "inf" ? std::numeric_limits<float>::infinity() : -std::numeric_limits<float>::infinity();
+			}
+		}
+		return Value.get<float>();
 	}
 
 	FJson ReferenceJson(const UObject* Object)
@@ -188,9 +212,9 @@ namespace
 			FNaniteAssemblyNode& Node = Settings.NaniteAssemblyData.Nodes.AddDefaulted_GetRef();
 			Node.PartIndex = Entry[0].get<int32>();
 			Node.TransformSpace = (ENaniteAssemblyNodeTransformSpace)Entry[1].get<int32>();
-			Node.Transform.SetRotation(FQuat4f(Entry[2].get<float>(), Entry[3].get<float>(), Entry[4].get<float>(), Entry[5].get<float>()));
-			Node.Transform.SetTranslation(FVector3f(Entry[6].get<float>(), Entry[7].get<float>(), Entry[8].get<float>()));
-			Node.Transform.SetScale3D(FVector3f(Entry[9].get<float>(), Entry[10].get<float>(), Entry[11].get<float>()));
+			Node.Transform.SetRotation(FQuat4f(ReadFloat(Entry[2]), ReadFloat(Entry[3]), ReadFloat(Entry[4]), ReadFloat(Entry[5])));
+			Node.Transform.SetTranslation(FVector3f(ReadFloat(Entry[6]), ReadFloat(Entry[7]), ReadFloat(Entry[8])));
+			Node.Transform.SetScale3D(FVector3f(ReadFloat(Entry[9]), ReadFloat(Entry[10]), ReadFloat(Entry[11])));
 		}
 
 		UE::Headless::FStaticMeshGeometry& Geometry = UE::Headless::GetMeshGeometry(Mesh);
@@ -202,7 +226,7 @@ namespace
 			Geometry.bHasMeshDescription = true;
 			for (const FJson& Position : Source.at("positions"))
 			{
-				Geometry.Positions.Add(FVector3f(Position.at(0).get<float>(), Position.at(1).get<float>(), Position.at(2).get<float>()));
+				Geometry.Positions.Add(FVector3f(ReadFloat(Position.at(0)), ReadFloat(Position.at(1)), ReadFloat(Position.at(2))));
 			}
 			for (const FJson& Entry : Source.at("triangles"))
 			{
