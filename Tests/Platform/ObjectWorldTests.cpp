@@ -6,10 +6,12 @@
 #include "Engine/StaticMesh.h"
 #include "Headless/ObjectRegistry.h"
 #include "Materials/Material.h"
+#include "Materials/MaterialInstanceConstant.h"
 #include "Templates/Casts.h"
 #include "UObject/Package.h"
 #include "UObject/SoftObjectPath.h"
 #include "UObject/UObjectGlobals.h"
+#include "UObject/UObjectHash.h"
 
 #include <gtest/gtest.h>
 
@@ -18,6 +20,17 @@ using PlatformTest::Utf8;
 namespace
 {
 	const EObjectFlags AssetFlags = RF_Public | RF_Standalone;
+
+	// The names of a struct and of everything it derives from, nearest first.
+	std::string SuperChain(const UStruct* Struct)
+	{
+		std::string Chain;
+		for (; Struct; Struct = Struct->GetSuperStruct())
+		{
+			Chain += (Chain.empty() ? "" : ",") + Utf8(Struct->GetName());
+		}
+		return Chain;
+	}
 }
 
 TEST(ObjectWorld, PathsAndCaseInsensitiveLookups)
@@ -219,4 +232,137 @@ TEST(ObjectWorld, MarkPackageDirtyFollowsTheEditorRules)
 
 	const TArray<FString> Names = UE::Headless::DescribeObjectFlags(RF_Transient | RF_Public | RF_Transactional);
 	EXPECT_EQ(Utf8(FString::Join(Names, TEXT(","))), "RF_Public,RF_Transactional,RF_Transient");
+}
+
+TEST(ObjectWorld, ClassesFormOneHierarchyInsideTheirScriptPackages)
+{
+	FTestProject Project;
+	ASSERT_TRUE(Project.Start());
+	UClass* Instance = UMaterialInstanceConstant::StaticClass();
+	EXPECT_EQ(SuperChain(Instance), "MaterialInstanceConstant,MaterialInstance,MaterialInterface,Object");
+	EXPECT_EQ(SuperChain(UClass::StaticClass()), "Class,Struct,Field,Object");
+	EXPECT_EQ(SuperChain(UPackage::StaticClass()), "Package,Object");
+	EXPECT_TRUE(Instance->IsChildOf(Instance) && Instance->IsChildOf(UMaterialInterface::StaticClass()) && Instance->IsChildOf<UObject>());
+	EXPECT_FALSE(Instance->IsChildOf(UMaterial::StaticClass()) || UMaterialInterface::StaticClass()->IsChildOf(Instance) || Instance->IsChildOf(nullptr));
+
+	// Every class is an object of class Class in its module's script package, which is compiled in and rooted.
+	const std::vector<std::pair<UClass*, std::string>> Classes = { { UObject::StaticClass(), "Class /Script/CoreUObject.Object" },
+		{ UClass::StaticClass(), "Class /Script/CoreUObject.Class" }, { UPackage::StaticClass(), "Class /Script/CoreUObject.Package" },
+		{ UStaticMesh::StaticClass(), "Class /Script/Engine.StaticMesh" }, { Instance, "Class /Script/Engine.MaterialInstanceConstant" } };
+	for (const auto& [Class, FullName] : Classes)
+	{
+		EXPECT_EQ(Utf8(Class->GetFullName()), FullName);
+		EXPECT_EQ(Class->GetClass(), UClass::StaticClass()) << FullName;
+		EXPECT_TRUE(Class->IsRooted()) << FullName;
+		EXPECT_TRUE(Class->GetOutermost()->HasAnyPackageFlags(PKG_CompiledIn) && Class->GetOutermost()->HasAnyPackageFlags(PKG_ContainsScript)) << FullName;
+		EXPECT_EQ(StaticFindObject(UClass::StaticClass(), nullptr, Class->GetPathName().ToLower()), Class) << FullName;
+	}
+
+	UMaterialInstanceConstant* Object = NewObject<UMaterialInstanceConstant>();
+	EXPECT_TRUE(Object->IsA<UMaterialInterface>() && Object->IsA(UObject::StaticClass()));
+	EXPECT_FALSE(Object->IsA<UMaterial>() || Object->IsA<UPackage>());
+	// Abstract classes cannot be instanced.
+	EXPECT_EQ(NewObject<UMaterialInterface>(GetTransientPackage(), UMaterialInterface::StaticClass()), nullptr);
+}
+
+TEST(ObjectWorld, NewObjectNamesComeFromEachClassAndNeverReuseAGarbageName)
+{
+	FTestProject Project;
+	ASSERT_TRUE(Project.Start());
+	UPackage* Package = CreatePackage(TEXT("/Game/Names/Pkg"));
+	const int32 NextMesh = UStaticMesh::StaticClass()->ClassUnique;
+	const int32 NextMaterial = UMaterial::StaticClass()->ClassUnique;
+	const int32 NextInstance = UMaterialInstanceConstant::StaticClass()->ClassUnique;
+	EXPECT_EQ(Utf8(NewObject<UMaterial>(Package)->GetName()), "Material_" + std::to_string(NextMaterial));
+	EXPECT_EQ(Utf8(NewObject<UMaterialInstanceConstant>(Package)->GetName()), "MaterialInstanceConstant_" + std::to_string(NextInstance));
+	EXPECT_EQ(Utf8(NewObject<UStaticMesh>(Package)->GetName()), "StaticMesh_" + std::to_string(NextMesh));
+
+	// A garbage object keeps its name taken, as an undo may bring it back.
+	UMaterial* Removed = NewObject<UMaterial>(Package, FName(TEXT("Material"), NextMaterial + 2));
+	Removed->MarkAsGarbage();
+	UMaterial* Unnamed = NewObject<UMaterial>(Package);
+	EXPECT_EQ(Utf8(Unnamed->GetName()), "Material_" + std::to_string(NextMaterial + 2));
+	EXPECT_EQ(UE::Headless::FindObjectIncludingGarbage(Removed->GetPathName()), Removed);
+
+	// An explicit name replaces the live object there: the old one stops being an asset and is listed nowhere.
+	UStaticMesh* First = NewObject<UStaticMesh>(Package, FName(TEXT("Rock")), AssetFlags);
+	UStaticMesh* Second = NewObject<UStaticMesh>(Package, FName(TEXT("Rock")), AssetFlags);
+	EXPECT_FALSE(IsValid(First) || First->IsAsset() || First->HasAnyFlags(RF_Public | RF_Standalone));
+	EXPECT_TRUE(IsValid(Second) && Second->IsAsset());
+	TArray<UObject*> Listed;
+	GetObjectsWithOuter(Package, Listed, false);
+	EXPECT_FALSE(Listed.Contains(First) || Listed.Contains(Removed));
+	EXPECT_TRUE(Listed.Contains(Second) && Listed.Contains(Unnamed));
+	EXPECT_EQ(Listed.Num(), 5);
+}
+
+TEST(ObjectWorld, ResettingTheWorldKeepsRootedObjectsClassesAndTheTransientPackage)
+{
+	FTestProject Project;
+	ASSERT_TRUE(Project.Start());
+	UPackage* Package = CreatePackage(TEXT("/Game/Reset/Pkg"));
+	UStaticMesh* Mesh = NewObject<UStaticMesh>(Package, FName(TEXT("Mesh")), AssetFlags);
+	UMaterial* Rooted = NewObject<UMaterial>(Package, FName(TEXT("Rooted")), AssetFlags);
+	Rooted->AddToRoot();
+	UMaterial* Loose = NewObject<UMaterial>(nullptr, FName(TEXT("Loose")));
+
+	UE::Headless::ResetObjectWorld();
+	// Whoever still holds a dropped object sees garbage that is no asset, and no look-up finds it.
+	for (UObject* Dropped : std::initializer_list<UObject*>{ Package, Mesh, Loose })
+	{
+		EXPECT_FALSE(IsValid(Dropped));
+		EXPECT_FALSE(Dropped->HasAnyFlags(RF_Public | RF_Standalone));
+		EXPECT_EQ(UE::Headless::FindObjectIncludingGarbage(Dropped->GetPathName()), nullptr) << Utf8(Dropped->GetPathName());
+	}
+	EXPECT_EQ(StaticFindObject(UObject::StaticClass(), nullptr, TEXT("/Game/Reset/Pkg.Rooted")), Rooted);
+	EXPECT_TRUE(Rooted->HasAllFlags(AssetFlags));
+	int32 Meshes = 0;
+	ForEachObjectOfClass(UStaticMesh::StaticClass(), [&](UObject*) { ++Meshes; });
+	EXPECT_EQ(Meshes, 0);
+
+	// Objects made without an outer still land in a live transient package, and a package can be made anew.
+	UPackage* Transient = GetTransientPackage();
+	EXPECT_TRUE(IsValid(Transient));
+	EXPECT_EQ(StaticFindObject(UPackage::StaticClass(), nullptr, TEXT("/Engine/Transient")), Transient);
+	UMaterial* Again = NewObject<UMaterial>(nullptr, FName(TEXT("Loose")));
+	EXPECT_EQ(StaticFindObject(UObject::StaticClass(), nullptr, TEXT("/Engine/Transient.Loose")), Again);
+	UPackage* NewPackage = CreatePackage(TEXT("/Game/Reset/Pkg"));
+	EXPECT_TRUE(NewPackage != Package && IsValid(NewPackage));
+	Rooted->RemoveFromRoot();
+	Rooted->MarkAsGarbage();
+}
+
+TEST(ObjectWorld, FindAndLoadTakePackagePathsObjectPathsAndOuters)
+{
+	FTestProject Project;
+	ASSERT_TRUE(Project.Start());
+	UPackage* Package = CreatePackage(TEXT("/Game/Find/Rock"));
+	UStaticMesh* Mesh = NewObject<UStaticMesh>(Package, FName(TEXT("Rock")), AssetFlags);
+	UMaterial* Sub = NewObject<UMaterial>(Mesh, FName(TEXT("Sub")));
+	UMaterial* Deeper = NewObject<UMaterial>(Sub, FName(TEXT("Deeper")));
+
+	EXPECT_EQ(StaticFindObject(UPackage::StaticClass(), nullptr, TEXT("/Game/Find/Rock")), Package);
+	EXPECT_EQ(StaticFindObject(UStaticMesh::StaticClass(), nullptr, TEXT("/Game/Find/Rock")), nullptr);
+	EXPECT_EQ(StaticFindObject(UObject::StaticClass(), nullptr, TEXT("/Game/Find/Rock.Rock:Sub.Deeper")), Deeper);
+	EXPECT_EQ(StaticFindObject(UObject::StaticClass(), Package, TEXT("")), nullptr);
+	EXPECT_EQ(Utf8(Deeper->GetPathName(Mesh)), "Sub.Deeper");
+	EXPECT_EQ(Utf8(Deeper->GetFullName(Package)), "Material Rock:Sub.Deeper");
+	EXPECT_EQ(Utf8(Package->GetFullName()), "Package /Game/Find/Rock");
+	EXPECT_EQ(Utf8(Mesh->GetPathName(Mesh)), "None");
+
+	// Loading what is in memory finds it, whether named by package, by object path or by outer and name.
+	EXPECT_EQ(StaticLoadObject(UStaticMesh::StaticClass(), nullptr, TEXT("/Game/Find/Rock")), Mesh);
+	EXPECT_EQ(StaticLoadObject(UStaticMesh::StaticClass(), Package, TEXT("Rock")), Mesh);
+	EXPECT_EQ(StaticLoadObject(UMaterial::StaticClass(), nullptr, TEXT("/Game/Find/Rock.Rock:Sub")), Sub);
+	EXPECT_EQ(StaticLoadObject(UPackage::StaticClass(), nullptr, TEXT("/Game/Find/Rock")), Package);
+	EXPECT_EQ(LoadPackage(nullptr, TEXT("/Game/Find/Rock"), LOAD_None), Package);
+
+	// A class that does not match finds nothing, and says so unless asked to be quiet.
+	UE::Headless::ClearEngineLog();
+	EXPECT_EQ(StaticLoadObject(UMaterial::StaticClass(), nullptr, TEXT("/Game/Find/Rock.Rock"), {}, LOAD_Quiet), nullptr);
+	EXPECT_TRUE(PlatformTest::LogOf(TEXT("LogUObjectGlobals")).empty());
+	EXPECT_EQ(StaticLoadObject(UMaterial::StaticClass(), nullptr, TEXT("/Game/Find/Rock.Rock")), nullptr);
+	EXPECT_EQ(PlatformTest::LogOf(TEXT("LogUObjectGlobals")), std::vector<std::string>({ "Warning: Failed to find object 'Material /Game/Find/Rock.Rock'" }));
+	EXPECT_EQ(LoadPackage(nullptr, TEXT("/Game/Find/Nowhere"), LOAD_Quiet), nullptr);
+	EXPECT_EQ(StaticFindObject(UPackage::StaticClass(), nullptr, TEXT("/Game/Find/Nowhere")), nullptr);
 }

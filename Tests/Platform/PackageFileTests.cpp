@@ -6,7 +6,6 @@
 #include "AssetRegistry/IAssetRegistry.h"
 #include "CoreGlobals.h"
 #include "Engine/StaticMesh.h"
-#include "StaticMeshResources.h"
 #include "FileHelpers.h"
 #include "Headless/EditorRuntime.h"
 #include "Headless/Faults.h"
@@ -16,14 +15,17 @@
 #include "Materials/Material.h"
 #include "Materials/MaterialInstanceConstant.h"
 #include "Misc/PackageName.h"
-#include "Templates/Casts.h"
+#include "Serialization/MemoryWriter.h"
+#include "UObject/ObjectSaveContext.h"
 #include "UObject/Package.h"
 #include "UObject/UObjectGlobals.h"
 #include "UObject/UObjectHash.h"
 
 #include <gtest/gtest.h>
 
-#include <cstring>
+#include <algorithm>
+#include <cmath>
+#include <limits>
 #include <filesystem>
 #include <fstream>
 #include <sstream>
@@ -62,72 +64,47 @@ namespace
 		}
 		return UEditorLoadingAndSavingUtils::SavePackages(List, bOnlyDirty);
 	}
-}
 
-TEST(PackageFile, WrittenPackagesReadBackExactly)
-{
-	FTestProject Project;
-	ASSERT_TRUE(Project.Start());
-	UMaterial* Base = NewObject<UMaterial>(CreatePackage(TEXT("/Game/Files/M_Base")), FName(TEXT("M_Base")), AssetFlags);
-	UMaterialInstanceConstant* Instance = NewObject<UMaterialInstanceConstant>(CreatePackage(TEXT("/Game/Files/MI_Rock")), FName(TEXT("MI_Rock")), AssetFlags);
-	Instance->Parent = Base;
-	UStaticMesh* Mesh = MakeMesh(TEXT("/Game/Files/Rock"), TEXT("Rock"));
-	Mesh->SetFlags(RF_Transactional);
-	NewObject<UMaterial>(Mesh, FName(TEXT("Scratch")), RF_Transient);
-	TArray<FStaticMaterial> Materials;
-	Materials.Add(FStaticMaterial(Base, FName(TEXT("Base_2")), FName(TEXT("Imported"))));
-	Materials.Add(FStaticMaterial(Instance, FName(TEXT("Moss")), FName(TEXT("Moss"))));
-	Materials.Add(FStaticMaterial(nullptr, NAME_None, NAME_None));
-	Mesh->SetStaticMaterials(Materials);
-	FMeshNaniteSettings Settings;
-	Settings.bEnabled = true;
-	FNaniteAssemblyPart& Part = Settings.NaniteAssemblyData.Parts.AddDefaulted_GetRef();
-	Part.MeshObjectPath = FSoftObjectPath(FString(TEXT("/Engine/BasicShapes/Cube.Cube")));
-	Part.MaterialRemap = { 2, INDEX_NONE, 0 };
-	FNaniteAssemblyNode& Node = Settings.NaniteAssemblyData.Nodes.AddDefaulted_GetRef();
-	Node.PartIndex = 0;
-	Node.Transform = FTransform3f(FTransform(FRotator(12.5, -33.3, 101), FVector(1.0 / 3.0, -2e5, 7.125), FVector(0.1, 1, 3)));
-	Mesh->SetNaniteSettings(Settings);
-	UE::Headless::GetMeshGeometry(*Mesh) = UE::Headless::MakeBasicShapeGeometry(UE::Headless::EBasicShape::Cone, FName(TEXT("Imported")));
-	const UE::Headless::FStaticMeshGeometry Geometry = UE::Headless::GetMeshGeometry(*Mesh);
-
-	for (UPackage* Package : { Base->GetPackage(), Instance->GetPackage(), Mesh->GetPackage() })
+	// Everything a mesh keeps, bit for bit, with references by path: what its transactions record.
+	TArray<uint8> StateOf(UStaticMesh& Mesh)
 	{
-		FString Error;
-		const FString Filename = FPackageName::LongPackageNameToFilename(Package->GetName(), FPackageName::GetAssetPackageExtension());
-		ASSERT_TRUE(UE::Headless::WritePackageFile(*Package, Filename, Error)) << Utf8(Error);
+		TArray<uint8> State;
+		FMemoryWriter Writer(State);
+		Mesh.Serialize(Writer);
+		return State;
 	}
 
-	Project.Stop();
-	ASSERT_TRUE(Project.Start());
-	UStaticMesh* Loaded = LoadObject<UStaticMesh>(nullptr, TEXT("/Game/Files/Rock.Rock"));
-	ASSERT_NE(Loaded, nullptr);
-	ASSERT_NE(Loaded, Mesh);
-	EXPECT_TRUE(Loaded->HasAllFlags(AssetFlags | RF_Transactional));
-	EXPECT_EQ(StaticFindObject(UObject::StaticClass(), Loaded, TEXT("Scratch")), nullptr);
-	const TArray<FStaticMaterial>& LoadedMaterials = Loaded->GetStaticMaterials();
-	ASSERT_EQ(LoadedMaterials.Num(), 3);
-	EXPECT_EQ(Utf8(LoadedMaterials[0].MaterialInterface->GetPathName() + TEXT(" ") + LoadedMaterials[0].MaterialSlotName.ToString() + TEXT(" ")
-		+ LoadedMaterials[0].ImportedMaterialSlotName.ToString()), "/Game/Files/M_Base.M_Base Base_2 Imported");
-	// References are loaded with the package that holds them, a material instance's parent included.
-	UMaterialInstanceConstant* LoadedInstance = Cast<UMaterialInstanceConstant>(LoadedMaterials[1].MaterialInterface.Get());
-	ASSERT_NE(LoadedInstance, nullptr);
-	EXPECT_EQ(LoadedInstance->GetMaterial(), LoadedMaterials[0].MaterialInterface.Get());
-	EXPECT_TRUE(LoadedMaterials[2].MaterialInterface.Get() == nullptr && LoadedMaterials[2].MaterialSlotName.IsNone());
+	std::string DescribeMaterials(const UStaticMesh& Mesh)
+	{
+		const auto PathOf = [](const UObject* Object) { return Object ? Utf8(Object->GetPathName()) : std::string("null"); };
+		std::string Text;
+		for (const FStaticMaterial& Material : Mesh.GetStaticMaterials())
+		{
+			Text += PathOf(Material.MaterialInterface.Get()) + " " + Utf8(Material.MaterialSlotName) + " " + Utf8(Material.ImportedMaterialSlotName) + " "
+				+ PathOf(Material.OverlayMaterialInterface.Get()) + (Material.UVChannelData.bInitialized ? " uv" : "");
+			if (Material.UVChannelData.bOverrideDensities)
+			{
+				Text += " densities";
+				for (const float Density : Material.UVChannelData.LocalUVDensities)
+				{
+					Text += " " + std::to_string(Density);
+				}
+			}
+			Text += "\n";
+		}
+		return Text;
+	}
 
-	const FMeshNaniteSettings& LoadedSettings = Loaded->GetNaniteSettings();
-	EXPECT_TRUE(LoadedSettings == Settings);
-	ASSERT_EQ(LoadedSettings.NaniteAssemblyData.Nodes.Num(), 1);
-	EXPECT_EQ(std::memcmp(&LoadedSettings.NaniteAssemblyData.Nodes[0].Transform, &Node.Transform, sizeof(FTransform3f)), 0);
-	const UE::Headless::FStaticMeshGeometry& LoadedGeometry = UE::Headless::GetMeshGeometry(*Loaded);
-	EXPECT_EQ(LoadedGeometry.NumSourceModels, Geometry.NumSourceModels);
-	EXPECT_TRUE(LoadedGeometry.Positions == Geometry.Positions && LoadedGeometry.PolygonGroupSlotNames == Geometry.PolygonGroupSlotNames);
-	ASSERT_EQ(LoadedGeometry.Triangles.Num(), Geometry.Triangles.Num());
-	EXPECT_EQ(std::memcmp(LoadedGeometry.Triangles.GetData(), Geometry.Triangles.GetData(), sizeof(UE::Headless::FMeshTriangle) * Geometry.Triangles.Num()), 0);
-	// Loading builds the render data.
-	EXPECT_FALSE(Loaded->IsCompiling());
-	ASSERT_NE(Loaded->GetRenderData(), nullptr);
-	EXPECT_EQ(Loaded->GetRenderData()->LODResources[0].GetNumTriangles(), Geometry.Triangles.Num());
+	std::vector<std::string> FilesUnder(const FString& Folder)
+	{
+		std::vector<std::string> Names;
+		for (const fs::directory_entry& Entry : fs::recursive_directory_iterator(Utf8(Folder)))
+		{
+			Names.push_back(fs::relative(Entry.path(), Utf8(Folder)).string());
+		}
+		std::sort(Names.begin(), Names.end());
+		return Names;
+	}
 }
 
 TEST(PackageFile, WritingIsAllOrNothing)
@@ -308,4 +285,306 @@ TEST(AssetRegistry, InMemoryAssetsComeFirstThenFiles)
 	Filtered->GetPackage()->SetPackageFlags(PKG_ContainsNoAsset);
 	EXPECT_FALSE(Registry.GetAssetByObjectPath(Path).IsValid());
 	EXPECT_EQ(Registry.GetAssetByObjectPath(Path, false, false).GetAsset(), Filtered);
+}
+
+TEST(SavePackages, WhatWasSavedLoadsBackWholeInANewEditor)
+{
+	FTestProject Project;
+	ASSERT_TRUE(Project.Start());
+	UMaterial* Base = NewObject<UMaterial>(CreatePackage(TEXT("/Game/Round/M_Base")), FName(TEXT("M_Base")), AssetFlags);
+	// A package whose first object refers to one made after it.
+	UPackage* Shared = CreatePackage(TEXT("/Game/Round/Shared"));
+	UMaterialInstanceConstant* First = NewObject<UMaterialInstanceConstant>(Shared, FName(TEXT("MI_First")), AssetFlags);
+	First->Parent = NewObject<UMaterial>(Shared, FName(TEXT("M_Later")), AssetFlags);
+
+	UStaticMesh* Mesh = MakeMesh(TEXT("/Game/Round/Rock"), TEXT("Rock"));
+	Mesh->SetFlags(RF_Transactional);
+	NewObject<UMaterial>(Mesh, FName(TEXT("Kept")));
+	TArray<FStaticMaterial> Materials;
+	Materials.Add(FStaticMaterial(Base, FName(TEXT("Slot_02")), FName(TEXT("Slot_2"))));
+	Materials.Add(FStaticMaterial(First, FName(TEXT("Moos_\u00fc")), NAME_None, Base));
+	Materials.Last().UVChannelData.bInitialized = true;
+	Materials.Last().UVChannelData.bOverrideDensities = true;
+	Materials.Last().UVChannelData.LocalUVDensities[2] = 0.5f;
+	Mesh->SetStaticMaterials(Materials);
+
+	FMeshNaniteSettings Settings;
+	Settings.bEnabled = true;
+	Settings.bExplicitTangents = true;
+	Settings.bLerpUVs = false;
+	Settings.bSeparable = true;
+	Settings.bVoxelNDF = false;
+	Settings.bVoxelOpacity = true;
+	Settings.ShapePreservation = ENaniteShapePreservation::Voxelize;
+	Settings.PositionPrecision = 7;
+	Settings.NormalPrecision = 8;
+	Settings.TangentPrecision = 9;
+	Settings.BoneWeightPrecision = 10;
+	Settings.TargetMinimumResidencyInKB = 4096;
+	Settings.KeepPercentTriangles = 0.1f;
+	Settings.TrimRelativeError = 1.0f / 3.0f;
+	Settings.GenerateFallback = ENaniteGenerateFallback::Enabled;
+	Settings.FallbackTarget = ENaniteFallbackTarget::RelativeError;
+	Settings.FallbackPercentTriangles = 0.75f;
+	Settings.FallbackRelativeError = 2.5f;
+	Settings.MaxEdgeLengthFactor = 1e-3f;
+	Settings.NumRays = 128;
+	Settings.VoxelLevel = 3;
+	Settings.RayBackUp = 0.125f;
+	Settings.DisplacementUVChannel = 2;
+	Settings.DisplacementMaps.Add(FMeshDisplacementMap{ 4.5f, 0.5f });
+	FNaniteAssemblyData& Assembly = Settings.NaniteAssemblyData;
+	Assembly.Parts.AddDefaulted_GetRef().MeshObjectPath = FSoftObjectPath(FString(TEXT("/Engine/BasicShapes/Cube.Cube")));
+	FNaniteAssemblyPart& Remapped = Assembly.Parts.AddDefaulted_GetRef();
+	Remapped.MeshObjectPath = FSoftObjectPath(FString(TEXT("/Game/Round/Other.Other")));
+	Remapped.MaterialRemap = { 1, INDEX_NONE, 0 };
+	for (int32 Index = 0; Index < 3; ++Index)
+	{
+		FNaniteAssemblyNode& Node = Assembly.Nodes.AddDefaulted_GetRef();
+		Node.PartIndex = Index % 2;
+		Node.Transform = FTransform3f(FTransform(FRotator(12.5 * Index, -33.3, 101), FVector(1.0 / 3.0, -2e5, 7.125 * Index), FVector(0.1, 1, 3)));
+	}
+	// Values at the edges of float: negative zero, a denormal, the largest finite.
+	Assembly.Nodes[1].Transform.SetTranslation(FVector3f(-0.0f, 1e-40f, 3.4028235e38f));
+	Assembly.Nodes[2].TransformSpace = ENaniteAssemblyNodeTransformSpace::BoneRelative;
+	Assembly.Nodes[2].BoneInfluences = { { 3, 0.25f }, { 7, 0.75f } };
+	Mesh->SetNaniteSettings(Settings);
+	UE::Headless::FStaticMeshGeometry& Geometry = UE::Headless::GetMeshGeometry(*Mesh);
+	Geometry = UE::Headless::MakeBasicShapeGeometry(UE::Headless::EBasicShape::Cone, FName(TEXT("Slot_2")));
+	Geometry.Positions.Add(FVector3f(-0.0f, 1.17549435e-38f, 16777217.0f));
+	Geometry.PolygonGroupSlotNames.Add(FName(TEXT("Moos_\u00fc")));
+	Geometry.SectionMaterialIndices.Add(1);
+
+	const TArray<uint8> Saved = StateOf(*Mesh);
+	const std::string SavedMaterials = DescribeMaterials(*Mesh);
+	ASSERT_TRUE(Save({ Base->GetPackage(), Shared, Mesh->GetPackage() }, false));
+	Project.Stop();
+	ASSERT_TRUE(Project.Start());
+
+	UStaticMesh* Loaded = LoadObject<UStaticMesh>(nullptr, TEXT("/Game/Round/Rock.Rock"));
+	ASSERT_NE(Loaded, nullptr);
+	EXPECT_EQ(DescribeMaterials(*Loaded), SavedMaterials);
+	EXPECT_EQ(DescribeMaterials(*Loaded),
+		"/Game/Round/M_Base.M_Base Slot_02 Slot_2 null\n/Game/Round/Shared.MI_First Moos_\u00fc None /Game/Round/M_Base.M_Base uv densities 0.000000 0.000000 0.500000 0.000000\n");
+	EXPECT_TRUE(Loaded->GetNaniteSettings() == Settings);
+	EXPECT_TRUE(StateOf(*Loaded) == Saved);
+	EXPECT_TRUE(Loaded->HasAllFlags(AssetFlags | RF_Transactional | RF_WasLoaded));
+	EXPECT_NE(StaticFindObject(UMaterial::StaticClass(), Loaded, TEXT("Kept")), nullptr);
+	// References are loaded with the package that holds them, a material instance's parent included.
+	UMaterialInstanceConstant* LoadedFirst = FindObject<UMaterialInstanceConstant>(nullptr, TEXT("/Game/Round/Shared.MI_First"));
+	ASSERT_NE(LoadedFirst, nullptr);
+	EXPECT_EQ(LoadedFirst->GetMaterial(), FindObject<UMaterial>(nullptr, TEXT("/Game/Round/Shared.M_Later")));
+	EXPECT_NE(LoadedFirst->GetMaterial(), nullptr);
+	// Loading builds the render data.
+	EXPECT_FALSE(Loaded->IsCompiling());
+	EXPECT_NE(Loaded->GetRenderData(), nullptr);
+}
+
+TEST(SavePackages, ValuesThatAreNotFiniteSurviveASave)
+{
+	FTestProject Project;
+	ASSERT_TRUE(Project.Start());
+	UStaticMesh* Mesh = MakeMesh(TEXT("/Game/Odd/Rock"), TEXT("Rock"));
+	const float Infinity = std::numeric_limits<float>::infinity();
+	const float NaN = std::numeric_limits<float>::quiet_NaN();
+	FNaniteAssemblyNode& Node = Mesh->GetNaniteSettings().NaniteAssemblyData.Nodes.AddDefaulted_GetRef();
+	Node.PartIndex = 0;
+	Node.Transform.SetTranslation(FVector3f(Infinity, -Infinity, NaN));
+	Mesh->GetNaniteSettings().NaniteAssemblyData.Parts.AddDefaulted_GetRef().MeshObjectPath = FSoftObjectPath(FString(TEXT("/Engine/BasicShapes/Cube.Cube")));
+	UE::Headless::GetMeshGeometry(*Mesh) = UE::Headless::MakeBasicShapeGeometry(UE::Headless::EBasicShape::Cube, FName(TEXT("Slot")));
+	UE::Headless::GetMeshGeometry(*Mesh).Positions[0] = FVector3f(NaN, Infinity, 1.0f);
+	ASSERT_TRUE(Save({ Mesh->GetPackage() }, false));
+	Project.Stop();
+	ASSERT_TRUE(Project.Start());
+
+	UStaticMesh* Loaded = LoadObject<UStaticMesh>(nullptr, TEXT("/Game/Odd/Rock.Rock"));
+	ASSERT_NE(Loaded, nullptr);
+	const FVector3f Translation = Loaded->GetNaniteSettings().NaniteAssemblyData.Nodes[0].Transform.GetTranslation();
+	EXPECT_TRUE(std::isinf(Translation.X) && Translation.X > 0);
+	EXPECT_TRUE(std::isinf(Translation.Y) && Translation.Y < 0);
+	EXPECT_TRUE(std::isnan(Translation.Z));
+	const FVector3f Position = UE::Headless::GetMeshGeometry(*Loaded).Positions[0];
+	EXPECT_TRUE(std::isnan(Position.X) && std::isinf(Position.Y) && Position.Z == 1.0f);
+}
+
+TEST(SavePackages, ObjectsInsideTransientObjectsAreLeftOut)
+{
+	FTestProject Project;
+	ASSERT_TRUE(Project.Start());
+	UStaticMesh* Mesh = MakeMesh(TEXT("/Game/Scratch/Rock"), TEXT("Rock"));
+	UMaterial* Scratch = NewObject<UMaterial>(Mesh, FName(TEXT("Scratch")), RF_Transient);
+	NewObject<UMaterial>(Scratch, FName(TEXT("Inner")));
+	NewObject<UMaterial>(Mesh, FName(TEXT("Kept")));
+	ASSERT_TRUE(Save({ Mesh->GetPackage() }, false));
+	Project.Stop();
+	ASSERT_TRUE(Project.Start());
+
+	UStaticMesh* Loaded = LoadObject<UStaticMesh>(nullptr, TEXT("/Game/Scratch/Rock.Rock"));
+	ASSERT_NE(Loaded, nullptr);
+	EXPECT_NE(StaticFindObject(UObject::StaticClass(), Loaded, TEXT("Kept")), nullptr);
+	EXPECT_EQ(UE::Headless::FindObjectIncludingGarbage(TEXT("/Game/Scratch/Rock.Rock:Scratch")), nullptr);
+	EXPECT_EQ(UE::Headless::FindObjectIncludingGarbage(TEXT("/Game/Scratch/Rock.Rock:Scratch.Inner")), nullptr);
+}
+
+TEST(SavePackages, AFileIsReplacedWholeAndAnnouncedOnlyOnceInPlace)
+{
+	FTestProject Project;
+	ASSERT_TRUE(Project.Start());
+	UStaticMesh* Mesh = MakeMesh(TEXT("/Game/Swap/Rock"), TEXT("Rock"));
+	ASSERT_TRUE(Save({ Mesh->GetPackage() }, false));
+	const FString Filename = UE::Headless::GetSavedPackageNotifications().Last().Filename;
+	const std::string Before = ReadText(Filename);
+	// A second name for the same file: a save that wrote into the file itself would change it too.
+	fs::create_hard_link(Utf8(Filename), Utf8(Filename + TEXT(".before")));
+
+	Mesh->GetStaticMaterials().Add(FStaticMaterial(nullptr, FName(TEXT("Added")), FName(TEXT("Added"))));
+	Mesh->MarkPackageDirty();
+	std::string AtNotification;
+	const FDelegateHandle Handle = UPackage::PackageSavedWithContextEvent.AddLambda([&](const FString& Saved, UPackage*, FObjectPostSaveContext)
+	{
+		AtNotification = ReadText(Saved);
+	});
+	const bool bSaved = Save({ Mesh->GetPackage() }, true);
+	UPackage::PackageSavedWithContextEvent.Remove(Handle);
+	ASSERT_TRUE(bSaved);
+	EXPECT_EQ(ReadText(Filename + TEXT(".before")), Before);
+	EXPECT_NE(ReadText(Filename), Before);
+	EXPECT_EQ(AtNotification, ReadText(Filename));
+	EXPECT_EQ(FilesUnder(Project.GetDir() + TEXT("/Content/Swap")), std::vector<std::string>({ "Rock.uasset.json", "Rock.uasset.json.before" }));
+	EXPECT_EQ(UE::Headless::GetSavedPackageNotifications().Num(), 2);
+}
+
+TEST(SavePackages, AFailedSaveKeepsTheOldFileAndThePackageDirty)
+{
+	FTestProject Project;
+	ASSERT_TRUE(Project.Start());
+	UStaticMesh* Mesh = MakeMesh(TEXT("/Game/Failed/Rock"), TEXT("Rock"));
+	Mesh->GetStaticMaterials().Add(FStaticMaterial(nullptr, FName(TEXT("First")), FName(TEXT("First"))));
+	ASSERT_TRUE(Save({ Mesh->GetPackage() }, false));
+	const FString Filename = UE::Headless::GetSavedPackageNotifications().Last().Filename;
+	const std::string Before = ReadText(Filename);
+
+	Mesh->GetStaticMaterials().Add(FStaticMaterial(nullptr, FName(TEXT("Second")), FName(TEXT("Second"))));
+	NewObject<UObject>(Mesh, FName(TEXT("Unsaveable")));
+	Mesh->MarkPackageDirty();
+	UE::Headless::ClearEngineLog();
+	EXPECT_FALSE(Save({ Mesh->GetPackage() }, true));
+	EXPECT_TRUE(Mesh->GetPackage()->IsDirty());
+	EXPECT_EQ(UE::Headless::GetSavedPackageNotifications().Num(), 1);
+	EXPECT_EQ(ReadText(Filename), Before);
+	EXPECT_EQ(FilesUnder(Project.GetDir() + TEXT("/Content/Failed")), std::vector<std::string>({ "Rock.uasset.json" }));
+	EXPECT_EQ(PlatformTest::LogOf(TEXT("LogFileHelpers")).size(), 1u);
+
+	Project.Stop();
+	ASSERT_TRUE(Project.Start());
+	UStaticMesh* Loaded = LoadObject<UStaticMesh>(nullptr, TEXT("/Game/Failed/Rock.Rock"));
+	ASSERT_NE(Loaded, nullptr);
+	EXPECT_EQ(DescribeMaterials(*Loaded), "null First First null\n");
+}
+
+TEST(SavePackages, EngineContentIsNeverWritten)
+{
+	FTestProject Project;
+	ASSERT_TRUE(Project.Start());
+	UStaticMesh* Cube = LoadObject<UStaticMesh>(nullptr, TEXT("/Engine/BasicShapes/Cube.Cube"));
+	ASSERT_NE(Cube, nullptr);
+	FString Filename;
+	ASSERT_TRUE(FPackageName::DoesPackageExist(TEXT("/Engine/BasicShapes/Cube"), &Filename));
+	const std::string Before = ReadText(Filename);
+	Cube->GetStaticMaterials().Add(FStaticMaterial(nullptr, FName(TEXT("Added")), FName(TEXT("Added"))));
+	Cube->MarkPackageDirty();
+	EXPECT_FALSE(Save({ Cube->GetPackage() }, true));
+	EXPECT_EQ(ReadText(Filename), Before);
+	EXPECT_TRUE(Cube->GetPackage()->IsDirty());
+	EXPECT_EQ(UE::Headless::GetSavedPackageNotifications().Num(), 0);
+}
+
+TEST(SavePackages, ADamagedFileLoadsNothingAndASaveReplacesIt)
+{
+	FTestProject Project;
+	ASSERT_TRUE(Project.Start());
+	UStaticMesh* Mesh = MakeMesh(TEXT("/Game/Damaged/Rock"), TEXT("Rock"));
+	UE::Headless::GetMeshGeometry(*Mesh) = UE::Headless::MakeBasicShapeGeometry(UE::Headless::EBasicShape::Sphere, FName(TEXT("Slot")));
+	ASSERT_TRUE(Save({ Mesh->GetPackage() }, false));
+	const FString Filename = UE::Headless::GetSavedPackageNotifications().Last().Filename;
+	const std::string Whole = ReadText(Filename);
+	const std::string Binary("\x00\x9f\xff{\x01\"objects\": [", 14);
+	for (const std::string& Damaged : { Whole.substr(0, Whole.size() / 2), Binary, std::string() })
+	{
+		std::ofstream(Utf8(Filename), std::ios::binary | std::ios::trunc) << Damaged;
+		Project.Stop();
+		ASSERT_TRUE(Project.Start());
+		UE::Headless::ClearEngineLog();
+		EXPECT_EQ(LoadObject<UStaticMesh>(nullptr, TEXT("/Game/Damaged/Rock.Rock"), {}, LOAD_Quiet), nullptr);
+		EXPECT_EQ(LoadPackage(nullptr, TEXT("/Game/Damaged/Rock"), LOAD_Quiet), nullptr);
+		EXPECT_EQ(StaticFindObject(UObject::StaticClass(), nullptr, TEXT("/Game/Damaged/Rock.Rock")), nullptr);
+		const std::vector<std::string> Errors = PlatformTest::LogOf(TEXT("LogLinker"));
+		ASSERT_EQ(Errors.size(), 2u);
+		EXPECT_EQ(Errors[0].rfind("Error: Failed to load package '/Game/Damaged/Rock': ", 0), 0u) << Errors[0];
+	}
+
+	// A new asset saved at the same path replaces the damaged file.
+	UStaticMesh* Fresh = MakeMesh(TEXT("/Game/Damaged/Rock"), TEXT("Rock"));
+	Fresh->GetStaticMaterials().Add(FStaticMaterial(nullptr, FName(TEXT("Fresh")), FName(TEXT("Fresh"))));
+	ASSERT_TRUE(Save({ Fresh->GetPackage() }, false));
+	Project.Stop();
+	ASSERT_TRUE(Project.Start());
+	UStaticMesh* Loaded = LoadObject<UStaticMesh>(nullptr, TEXT("/Game/Damaged/Rock.Rock"));
+	ASSERT_NE(Loaded, nullptr);
+	EXPECT_EQ(DescribeMaterials(*Loaded), "null Fresh Fresh null\n");
+}
+
+TEST(SavePackages, ASavedPackageIsFoundByAnySpellingButReadOnlyWhenLoaded)
+{
+	FTestProject Project;
+	ASSERT_TRUE(Project.Start());
+	ASSERT_TRUE(Save({ MakeMesh(TEXT("/Game/Case/Rock"), TEXT("Rock"))->GetPackage() }, false));
+	Project.Stop();
+	ASSERT_TRUE(Project.Start());
+
+	UPackage* Package = CreatePackage(TEXT("/game/CASE/rock"));
+	ASSERT_NE(Package, nullptr);
+	EXPECT_EQ(Utf8(Package->GetName()), "/Game/Case/Rock");
+	EXPECT_FALSE(Package->IsFullyLoaded());
+	EXPECT_EQ(StaticFindObject(UObject::StaticClass(), Package, TEXT("Rock")), nullptr);
+	EXPECT_EQ(CreatePackage(TEXT("/Game/Case/Rock")), Package);
+	const FAssetData OnDisk = IAssetRegistry::GetChecked().GetAssetByObjectPath(FSoftObjectPath(FString(TEXT("/game/case/rock.rock"))), true);
+	EXPECT_EQ(Utf8(OnDisk.GetObjectPathString() + TEXT(" ") + OnDisk.AssetClassPath.ToString()), "/Game/Case/Rock.Rock /Script/Engine.StaticMesh");
+
+	Package->FullyLoad();
+	UObject* Rock = StaticFindObject(UObject::StaticClass(), Package, TEXT("Rock"));
+	ASSERT_NE(Rock, nullptr);
+	EXPECT_TRUE(Rock->HasAllFlags(AssetFlags | RF_WasLoaded | RF_LoadCompleted));
+	EXPECT_EQ(LoadPackage(nullptr, TEXT("/GAME/Case/Rock"), LOAD_None), Package);
+	EXPECT_EQ(LoadObject<UStaticMesh>(nullptr, TEXT("/Game/Case/Rock")), Rock);
+}
+
+TEST(SavePackages, AReferenceToAnObjectMissingFromItsOwnPackageLoadsAsNull)
+{
+	FTestProject Project;
+	ASSERT_TRUE(Project.Start());
+	UPackage* Package = CreatePackage(TEXT("/Game/Missing/Shared"));
+	UMaterialInstanceConstant* Instance = NewObject<UMaterialInstanceConstant>(Package, FName(TEXT("MI_Orphan")), AssetFlags);
+	UMaterial* Parent = NewObject<UMaterial>(Package, FName(TEXT("M_Removed")), AssetFlags);
+	Instance->Parent = Parent;
+	// The parent is deleted but still referred to, so the file names an object that it does not hold.
+	Parent->MarkAsGarbage();
+	ASSERT_TRUE(Save({ Package }, false));
+
+	// Loaded through its package, made first as a script does before it loads, and through the object.
+	for (const bool bThroughPackage : { true, false })
+	{
+		Project.Stop();
+		ASSERT_TRUE(Project.Start());
+		if (bThroughPackage)
+		{
+			CreatePackage(TEXT("/Game/Missing/Shared"))->FullyLoad();
+		}
+		UMaterialInstanceConstant* Loaded = LoadObject<UMaterialInstanceConstant>(nullptr, TEXT("/Game/Missing/Shared.MI_Orphan"));
+		ASSERT_NE(Loaded, nullptr);
+		EXPECT_EQ(Loaded->Parent.Get(), nullptr);
+		TArray<UObject*> Objects;
+		GetObjectsWithOuter(Loaded->GetPackage(), Objects);
+		EXPECT_EQ(Objects.Num(), 1);
+	}
 }

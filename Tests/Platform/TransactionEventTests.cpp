@@ -58,6 +58,7 @@ TEST(TransactionEvents, OutermostTransactionsCancelsUndoAndRedoAreAnnounced)
 		// A nested scope only counts: it is not announced.
 		FScopedTransaction Inner(FText::FromString(TEXT("Inner")));
 		Mesh->Modify();
+		Mesh->GetNaniteSettings().bEnabled = true;
 	}
 	{
 		FScopedTransaction Cancelled(FText::FromString(TEXT("Cancelled")));

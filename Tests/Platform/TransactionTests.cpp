@@ -7,6 +7,7 @@
 #include "Editor/Transactor.h"
 #include "Engine/StaticMesh.h"
 #include "Headless/EditorRuntime.h"
+#include "Headless/ObjectRegistry.h"
 #include "Headless/StaticMeshGeometry.h"
 #include "Internationalization/Internationalization.h"
 #include "Materials/Material.h"
@@ -131,7 +132,7 @@ TEST_F(FTransactionTest, UndoAndRedoSwapTheRecordedStateExactly)
 	EXPECT_EQ(Utf8(Reason), "(Nothing to redo)");
 	ASSERT_TRUE(GEditor->UndoTransaction());
 	EXPECT_FALSE(GEditor->Trans->CanUndo(&Reason) || GEditor->UndoTransaction());
-	EXPECT_EQ(Utf8(Reason), "(Nothing to undo)");
+	EXPECT_EQ(Utf8(Reason), "(Can't undo after: Startup)");
 }
 
 TEST_F(FTransactionTest, NestedScopesCountAndEmptyTransactionsKeepTheRedo)
@@ -287,4 +288,295 @@ TEST_F(FTransactionTest, OnlyTransactionalObjectsAreRecordedWhenATransactionCanO
 	EXPECT_EQ(StaticFindObject(UObject::StaticClass(), Mesh, TEXT("Sub")), Sub);
 	ASSERT_TRUE(GEditor->RedoTransaction());
 	EXPECT_TRUE(Sub->HasAnyInternalFlags(EInternalObjectFlags::Garbage));
+}
+
+TEST_F(FTransactionTest, BeginAndEndCountTheOpenLevelsAndAnUnmatchedEndChangesNothing)
+{
+	UTransactor& Trans = *GEditor->Trans.Get();
+	// Begin answers how many were open before it, End how many were open when it was called.
+	EXPECT_EQ(Trans.Begin(nullptr, NSLOCTEXT("HeadlessTests", "Outer", "Outer")), 0);
+	EXPECT_EQ(Trans.Begin(nullptr, NSLOCTEXT("HeadlessTests", "Inner", "Inner")), 1);
+	EXPECT_TRUE(Mesh->Modify());
+	Edit(TEXT("Moss"));
+	EXPECT_EQ(Trans.End(), 2);
+	EXPECT_TRUE(Trans.IsActive());
+	EXPECT_EQ(Trans.End(), 1);
+	EXPECT_FALSE(Trans.IsActive());
+	EXPECT_EQ(Trans.End(), 0);
+	EXPECT_EQ(GEditor->EndTransaction(), 0);
+	EXPECT_EQ(UE::Headless::GetTransactionDepth(), 0);
+	EXPECT_EQ(UndoHistory(), std::vector<std::string>({ "Outer" }));
+
+	// The extra Ends left nothing behind: the next Begin opens a transaction of its own.
+	EXPECT_EQ(GEditor->BeginTransaction(NSLOCTEXT("HeadlessTests", "Next", "Next")), 0);
+	EXPECT_TRUE(Mesh->Modify());
+	Edit(TEXT("Fern"));
+	EXPECT_EQ(GEditor->EndTransaction(), 1);
+	EXPECT_EQ(UndoHistory(), std::vector<std::string>({ "Outer", "Next" }));
+	EXPECT_EQ(Trans.GetQueueLength(), 2);
+}
+
+TEST_F(FTransactionTest, SeveralStepsUndoNewestFirstAndRedoOldestFirst)
+{
+	const auto Slots = [this]
+	{
+		std::string Names;
+		for (const FStaticMaterial& Material : Mesh->GetStaticMaterials())
+		{
+			Names += (Names.empty() ? "" : ",") + Utf8(Material.MaterialSlotName);
+		}
+		return Names;
+	};
+	for (const TCHAR* Slot : { TEXT("One"), TEXT("Two"), TEXT("Three") })
+	{
+		FScopedTransaction Step(FText::FromString(FString(TEXT("Add ")) + Slot));
+		Mesh->Modify();
+		Mesh->GetStaticMaterials().Add(FStaticMaterial(MaterialB, FName(Slot), FName(Slot)));
+	}
+	EXPECT_EQ(UndoHistory(), std::vector<std::string>({ "Add One", "Add Two", "Add Three" }));
+
+	ASSERT_TRUE(GEditor->UndoTransaction());
+	ASSERT_TRUE(GEditor->UndoTransaction());
+	EXPECT_EQ(Slots(), "Bark,One");
+	EXPECT_EQ(UndoHistory(), std::vector<std::string>({ "Add One" }));
+	EXPECT_EQ(GEditor->Trans->GetUndoCount(), 2);
+	ASSERT_TRUE(GEditor->RedoTransaction());
+	EXPECT_EQ(Slots(), "Bark,One,Two");
+	EXPECT_EQ(UndoHistory(), std::vector<std::string>({ "Add One", "Add Two" }));
+
+	// A new step drops only what could still be redone.
+	{
+		FScopedTransaction Step(NSLOCTEXT("HeadlessTests", "AddFour", "Add Four"));
+		Mesh->Modify();
+		Mesh->GetStaticMaterials().Add(FStaticMaterial(MaterialB, FName(TEXT("Four")), FName(TEXT("Four"))));
+	}
+	EXPECT_EQ(UndoHistory(), std::vector<std::string>({ "Add One", "Add Two", "Add Four" }));
+	EXPECT_FALSE(GEditor->RedoTransaction());
+	ASSERT_TRUE(GEditor->UndoTransaction());
+	ASSERT_TRUE(GEditor->UndoTransaction());
+	ASSERT_TRUE(GEditor->UndoTransaction());
+	EXPECT_EQ(Slots(), "Bark");
+	EXPECT_FALSE(GEditor->UndoTransaction());
+}
+
+TEST_F(FTransactionTest, NothingCanBeRedoneWhileATransactionIsOpenAndTheTextsSayWhy)
+{
+	{
+		FScopedTransaction Step(NSLOCTEXT("HeadlessTests", "First", "First"));
+		Mesh->Modify();
+		Edit(TEXT("Moss"));
+	}
+	ASSERT_TRUE(GEditor->UndoTransaction());
+	const FMeshState Undone(*Mesh);
+	{
+		FScopedTransaction Outer(NSLOCTEXT("HeadlessTests", "Outer", "Outer"));
+		FScopedTransaction Inner(NSLOCTEXT("HeadlessTests", "Inner", "Inner"));
+		FText Reason;
+		EXPECT_FALSE(GEditor->Trans->CanRedo(&Reason));
+		EXPECT_EQ(Utf8(Reason), "(Can't redo while 'Outer' is in progress)");
+		EXPECT_FALSE(GEditor->RedoTransaction());
+		EXPECT_TRUE(Undone.Matches(*Mesh));
+	}
+	// The open transaction recorded nothing, so the step is still there to redo.
+	ASSERT_TRUE(GEditor->RedoTransaction());
+
+	// With nothing left to undo, the text names the last reset of the buffer.
+	GEditor->Trans->Reset(NSLOCTEXT("HeadlessTests", "Cleared", "Cleared for the test"));
+	FText Reason;
+	EXPECT_FALSE(GEditor->Trans->CanUndo(&Reason));
+	EXPECT_EQ(Utf8(Reason), "(Can't undo after: Cleared for the test)");
+	EXPECT_FALSE(GEditor->Trans->CanRedo(&Reason));
+	EXPECT_EQ(Utf8(Reason), "(Nothing to redo)");
+}
+
+TEST_F(FTransactionTest, ResetWhileATransactionIsOpenDropsItAndRecordsNothingMore)
+{
+	{
+		FScopedTransaction Doomed(NSLOCTEXT("HeadlessTests", "Doomed", "Doomed"));
+		EXPECT_TRUE(Mesh->Modify());
+		Edit(TEXT("Moss"));
+		GEditor->Trans->Reset(NSLOCTEXT("HeadlessTests", "Purged", "Purged"));
+		EXPECT_EQ(UE::Headless::GetTransactionDepth(), 0);
+		EXPECT_FALSE(GEditor->IsTransactionActive());
+		EXPECT_FALSE(Mesh->Modify());
+		Edit(TEXT("Lichen"));
+	}
+	// The scope's end closes nothing, and the edits stay as they were made.
+	EXPECT_EQ(UE::Headless::GetTransactionDepth(), 0);
+	EXPECT_TRUE(UndoHistory().empty());
+	EXPECT_EQ(GEditor->Trans->GetQueueLength(), 0);
+	EXPECT_EQ(Utf8(Mesh->GetStaticMaterials().Last().MaterialSlotName), "Lichen");
+	FText Reason;
+	EXPECT_FALSE(GEditor->Trans->CanUndo(&Reason));
+	EXPECT_EQ(Utf8(Reason), "(Can't undo after: Purged)");
+
+	FScopedTransaction After(NSLOCTEXT("HeadlessTests", "After", "After"));
+	EXPECT_TRUE(After.IsOutstanding());
+	EXPECT_TRUE(Mesh->Modify());
+}
+
+TEST_F(FTransactionTest, ModifyingWithoutChangingAnythingLeavesNoStep)
+{
+	{
+		FScopedTransaction Step(NSLOCTEXT("HeadlessTests", "Real", "Real"));
+		Mesh->Modify();
+		Edit(TEXT("Moss"));
+	}
+	ASSERT_TRUE(GEditor->UndoTransaction());
+	{
+		FScopedTransaction Idle(NSLOCTEXT("HeadlessTests", "Idle", "Idle"));
+		EXPECT_TRUE(Mesh->Modify());
+	}
+	{
+		// Changed and changed back before the end: no change either.
+		FScopedTransaction Back(NSLOCTEXT("HeadlessTests", "Back", "Back"));
+		EXPECT_TRUE(Mesh->Modify());
+		Mesh->GetNaniteSettings().bEnabled = !Mesh->GetNaniteSettings().bEnabled;
+		Mesh->GetNaniteSettings().bEnabled = !Mesh->GetNaniteSettings().bEnabled;
+	}
+	EXPECT_TRUE(UndoHistory().empty());
+	EXPECT_EQ(GEditor->Trans->GetQueueLength(), 1);
+	ASSERT_TRUE(GEditor->RedoTransaction());
+	EXPECT_EQ(Utf8(Mesh->GetStaticMaterials().Last().MaterialSlotName), "Moss");
+}
+
+TEST_F(FTransactionTest, CreatedObjectsAreUndoneToGarbageAndRedoneAlive)
+{
+	UPackage* Package = CreatePackage(TEXT("/Game/Undo/M_New"));
+	UMaterial* Created = nullptr;
+	UMaterial* Untracked = nullptr;
+	{
+		FScopedTransaction Create(NSLOCTEXT("HeadlessTests", "Create", "Create"));
+		Created = NewObject<UMaterial>(Package, FName(TEXT("M_New")), AssetFlags | RF_Transactional);
+		Untracked = NewObject<UMaterial>(Mesh, FName(TEXT("Untracked")));
+		EXPECT_TRUE(Mesh->Modify());
+		Mesh->GetStaticMaterials()[0].MaterialInterface = Created;
+	}
+	ASSERT_TRUE(IsValid(Created));
+
+	ASSERT_TRUE(GEditor->UndoTransaction());
+	EXPECT_FALSE(IsValid(Created));
+	EXPECT_EQ(StaticFindObject(UObject::StaticClass(), nullptr, TEXT("/Game/Undo/M_New.M_New")), nullptr);
+	EXPECT_EQ(UE::Headless::FindObjectIncludingGarbage(TEXT("/Game/Undo/M_New.M_New")), Created);
+	EXPECT_TRUE(UPackage::IsEmptyPackage(Package));
+	EXPECT_EQ(Mesh->GetStaticMaterials()[0].MaterialInterface.Get(), MaterialA);
+	// Only transactional objects record their creation.
+	EXPECT_TRUE(IsValid(Untracked));
+
+	ASSERT_TRUE(GEditor->RedoTransaction());
+	EXPECT_TRUE(IsValid(Created));
+	EXPECT_EQ(StaticFindObject(UObject::StaticClass(), nullptr, TEXT("/Game/Undo/M_New.M_New")), Created);
+	// The mesh refers to the object that the same transaction brought back.
+	EXPECT_EQ(Mesh->GetStaticMaterials()[0].MaterialInterface.Get(), Created);
+
+	// A transaction that only creates an object is a step of its own; one made outside any is not recorded.
+	{
+		FScopedTransaction CreateOnly(NSLOCTEXT("HeadlessTests", "CreateOnly", "Create Only"));
+		NewObject<UMaterial>(Package, FName(TEXT("M_Second")), RF_Transactional);
+	}
+	UMaterial* Outside = NewObject<UMaterial>(Package, FName(TEXT("M_Outside")), RF_Transactional);
+	EXPECT_EQ(UndoHistory(), std::vector<std::string>({ "Create", "Create Only" }));
+	ASSERT_TRUE(GEditor->UndoTransaction());
+	EXPECT_EQ(StaticFindObject(UObject::StaticClass(), Package, TEXT("M_Second")), nullptr);
+	EXPECT_TRUE(IsValid(Outside) && IsValid(Created));
+}
+
+TEST_F(FTransactionTest, RemovingAReferencedObjectIsUndoneTogetherWithTheReference)
+{
+	MaterialA->SetFlags(RF_Transactional);
+	{
+		// The removed object is recorded before the one that refers to it.
+		FScopedTransaction Remove(NSLOCTEXT("HeadlessTests", "Remove", "Remove M_A"));
+		EXPECT_TRUE(MaterialA->Modify());
+		EXPECT_TRUE(Mesh->Modify());
+		MaterialA->MarkAsGarbage();
+		Mesh->GetStaticMaterials()[0].MaterialInterface = nullptr;
+	}
+	ASSERT_TRUE(GEditor->UndoTransaction());
+	EXPECT_TRUE(IsValid(MaterialA));
+	EXPECT_EQ(Mesh->GetStaticMaterials()[0].MaterialInterface.Get(), MaterialA);
+	ASSERT_TRUE(GEditor->RedoTransaction());
+	EXPECT_FALSE(IsValid(MaterialA));
+	EXPECT_EQ(Mesh->GetStaticMaterials()[0].MaterialInterface.Get(), nullptr);
+}
+
+TEST_F(FTransactionTest, ScriptAndPlayInEditorPackagesStayOutOfTheBuffer)
+{
+	UPackage* Script = CreatePackage(TEXT("/Game/Undo/Scripted"));
+	Script->SetPackageFlags(PKG_ContainsScript);
+	UMaterial* InScript = NewObject<UMaterial>(Script, FName(TEXT("Scripted")), AssetFlags | RF_Transactional);
+	UPackage* Play = CreatePackage(TEXT("/Game/Undo/UEDPIE_0_Level"));
+	Play->SetPackageFlags(PKG_PlayInEditor);
+	UMaterial* InPlay = NewObject<UMaterial>(Play, FName(TEXT("Played")), AssetFlags | RF_Transactional);
+	Script->SetDirtyFlag(false);
+
+	// A script package is neither recorded nor dirtied by Modify, inside a transaction or outside; an object
+	// of a Play In Editor world never makes an undo step.
+	EXPECT_FALSE(InScript->Modify());
+	EXPECT_FALSE(Script->IsDirty());
+	{
+		FScopedTransaction Transaction(NSLOCTEXT("HeadlessTests", "Scripted", "Scripted"));
+		EXPECT_FALSE(InScript->Modify());
+		InPlay->Modify();
+	}
+	EXPECT_FALSE(Script->IsDirty());
+	EXPECT_TRUE(UndoHistory().empty());
+}
+
+// An object that writes down what it sees of its partner when an undo starts and ends.
+class UUndoProbe : public UObject
+{
+	DECLARE_CLASS(UUndoProbe, UObject, CLASS_None, CASTCLASS_None, TEXT("/Script/HeadlessTests"), )
+
+public:
+	int32 Value = 0;
+	UUndoProbe* Partner = nullptr;
+	std::vector<std::string> Seen;
+
+	void Serialize(FArchive& Ar) override
+	{
+		Super::Serialize(Ar);
+		Ar << Value;
+	}
+
+	void PreEditUndo() override
+	{
+		Seen.push_back("pre " + std::to_string(Partner->Value) + (GIsTransacting ? " transacting" : ""));
+	}
+
+	void PostEditUndo() override
+	{
+		Seen.push_back("post " + std::to_string(Partner->Value) + (GIsTransacting ? " transacting" : ""));
+	}
+};
+
+IMPLEMENT_HEADLESS_CLASS(UUndoProbe, "UndoProbe")
+
+TEST_F(FTransactionTest, EveryObjectIsToldBeforeAndAfterTheWholeUndo)
+{
+	UUndoProbe* First = NewObject<UUndoProbe>(Mesh, FName(TEXT("First")), RF_Transactional);
+	UUndoProbe* Second = NewObject<UUndoProbe>(Mesh, FName(TEXT("Second")), RF_Transactional);
+	First->Partner = Second;
+	Second->Partner = First;
+	{
+		FScopedTransaction Step(NSLOCTEXT("HeadlessTests", "Probe", "Probe"));
+		First->Modify();
+		Second->Modify();
+		First->Value = 1;
+		Second->Value = 2;
+	}
+	ASSERT_TRUE(GEditor->UndoTransaction());
+	// Each hears of the undo before any state is read back and after all of them are.
+	EXPECT_EQ(First->Seen, std::vector<std::string>({ "pre 2 transacting", "post 0 transacting" }));
+	EXPECT_EQ(Second->Seen, std::vector<std::string>({ "pre 1 transacting", "post 0 transacting" }));
+	EXPECT_FALSE(GIsTransacting);
+	ASSERT_TRUE(GEditor->RedoTransaction());
+	EXPECT_EQ(First->Value + Second->Value * 10, 21);
+	EXPECT_EQ(First->Seen.back(), "post 2 transacting");
+
+	// Once the undo is over, Modify dirties again.
+	ASSERT_TRUE(GEditor->UndoTransaction());
+	Mesh->GetPackage()->SetDirtyFlag(false);
+	First->Modify();
+	EXPECT_TRUE(Mesh->GetPackage()->IsDirty());
 }

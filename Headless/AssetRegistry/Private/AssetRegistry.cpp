@@ -46,11 +46,17 @@ namespace
 					return bFiltered ? FAssetData() : FAssetData(InMemory);
 				}
 			}
-			const FString PackageName = ObjectPath.GetLongPackageName();
+			FString PackageName = ObjectPath.GetLongPackageName();
 			FString Filename;
 			if (!FPackageName::IsValidLongPackageName(PackageName, true) || !FPackageName::DoesPackageExist(PackageName, &Filename))
 			{
 				return FAssetData();
+			}
+			// The registry knows a package by the name its file gives, whatever letter case the question used.
+			FString NameOnDisk;
+			if (FPackageName::TryConvertFilenameToLongPackageName(Filename, NameOnDisk))
+			{
+				PackageName = NameOnDisk;
 			}
 			for (const FOnDiskAsset& Asset : ReadTable(Filename))
 			{

@@ -307,24 +307,35 @@ bool UStruct::IsChildOf(const UStruct* SomeBase) const
 
 UObject::~UObject() = default;
 
+// As the engine's: records the object in the open transaction if it is transactional and lives in neither a
+// script nor a Play In Editor package, dirtying its package first when asked.
+static bool SaveToTransactionBuffer(UObject* Object, bool bMarkDirty)
+{
+	const UPackage* Package = Object->GetOutermost();
+	if (!GUndo || !Object->HasAnyFlags(RF_Transactional) || (Package && Package->HasAnyPackageFlags(PKG_PlayInEditor | PKG_ContainsScript)))
+	{
+		return false;
+	}
+	if (bMarkDirty)
+	{
+		Object->MarkPackageDirty();
+	}
+	GUndo->SaveObject(Object);
+	return true;
+}
+
 bool UObject::Modify(bool bAlwaysMarkDirty)
 {
-	bool bSavedToTransactionBuffer = false;
-	if (GUndo && HasAnyFlags(RF_Transactional) && !HasAnyInternalFlags(EInternalObjectFlags::Garbage))
+	// Objects of script packages are neither recorded nor dirtied, as in the engine.
+	const UPackage* Package = GetOutermost();
+	if (Package && Package->HasAnyPackageFlags(PKG_ContainsScript | PKG_CompiledIn))
 	{
-		UPackage* Package = GetOutermost();
-		const bool bScriptOrPlayPackage = Package && Package->HasAnyPackageFlags(PKG_ContainsScript | PKG_CompiledIn | PKG_PlayInEditor);
-		if (!bScriptOrPlayPackage)
-		{
-			if (bAlwaysMarkDirty)
-			{
-				MarkPackageDirty();
-			}
-			GUndo->SaveObject(this);
-			return true;
-		}
+		return false;
 	}
-	if (bAlwaysMarkDirty)
+	// Garbage is not recorded: here it stands for objects the engine would have collected by now, such as
+	// those an editor restart dropped.
+	const bool bSavedToTransactionBuffer = !HasAnyInternalFlags(EInternalObjectFlags::Garbage) && SaveToTransactionBuffer(this, bAlwaysMarkDirty);
+	if (!bSavedToTransactionBuffer && bAlwaysMarkDirty)
 	{
 		MarkPackageDirty();
 	}
@@ -543,7 +554,16 @@ UObject* StaticConstructObject_Internal(const FStaticConstructObjectParameters& 
 		Existing->ClearFlags(RF_Public | RF_Standalone);
 		Existing->MarkAsGarbage();
 	}
-	return UE::Headless::Private::ConstructObjectInternal(Class, Outer, Name, Params.SetFlags);
+	UObject* Result = UE::Headless::Private::ConstructObjectInternal(Class, Outer, Name, Params.SetFlags);
+	// As in the engine, a transactional object made inside a transaction is recorded as garbage, so that
+	// undoing the transaction takes the creation back and redoing it brings the object again.
+	if (GIsEditor && GUndo && (Params.SetFlags & RF_Transactional) && !(Params.SetFlags & RF_NeedLoad) && !Class->IsChildOf(UField::StaticClass()))
+	{
+		Result->MarkAsGarbage();
+		SaveToTransactionBuffer(Result, false);
+		Result->ClearGarbage();
+	}
+	return Result;
 }
 
 void GetObjectsWithOuter(const UObjectBase* Outer, TArray<UObject*>& Results, bool bIncludeNestedObjects, EObjectFlags ExclusionFlags,

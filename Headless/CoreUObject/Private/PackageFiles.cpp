@@ -16,6 +16,7 @@
 #include <filesystem>
 #include <fstream>
 #include <map>
+#include <set>
 #include <sstream>
 #include <unistd.h>
 
@@ -52,6 +53,13 @@ namespace
 	{
 		OutError = FString::Printf(TEXT("'%s' is not a valid package file: %s"), *Filename, *Detail);
 		return false;
+	}
+
+	// The packages whose files are being read now.
+	std::set<const UPackage*>& PackagesBeingRead()
+	{
+		static std::set<const UPackage*> Reading;
+		return Reading;
 	}
 
 	// Where a new file goes: every existing folder along the way is reused whatever its letter case.
@@ -127,7 +135,13 @@ namespace UE::Headless
 		GetObjectsWithOuter(&Package, Inner, true);
 		for (UObject* Object : Inner)
 		{
-			if (Object->HasAnyFlags(RF_Transient))
+			// What lives inside a transient object is not saved either: its outer is not in the file.
+			bool bTransient = false;
+			for (const UObject* Within = Object; Within && Within != &Package; Within = Within->GetOuter())
+			{
+				bTransient |= Within->HasAnyFlags(RF_Transient);
+			}
+			if (bTransient)
 			{
 				continue;
 			}
@@ -191,6 +205,13 @@ namespace UE::Headless
 
 	bool ReadPackageFile(UPackage& Package, const FString& Filename, FString& OutError)
 	{
+		// A reference to an object that its own package does not hold asks to load that package again while it
+		// is being read; it gets the package as it is, as the engine's loader does, rather than a second read
+		// that asks again, without end.
+		if (PackagesBeingRead().count(&Package))
+		{
+			return true;
+		}
 		std::ifstream In(ToUtf8(Filename), std::ios::binary);
 		if (!In)
 		{
@@ -250,8 +271,11 @@ namespace UE::Headless
 			}
 		}
 
+		// Every object exists before any reads its properties, as the engine creates a package's exports before
+		// serializing them: a reference to an object later in the same package is then found in memory.
 		const bool bWasLoading = GIsEditorLoadingPackage;
 		GIsEditorLoadingPackage = true;
+		PackagesBeingRead().insert(&Package);
 		TArray<UObject*> Created;
 		bool bOk = true;
 		for (size_t Index = 0; bOk && Index < Objects.size(); ++Index)
@@ -284,8 +308,13 @@ namespace UE::Headless
 					}
 				}
 			}
-			UObject* Object = Private::ConstructObjectInternal(Class, Outer, FName(FromUtf8(Entry["name"].get<std::string>())), Flags);
-			Created.Add(Object);
+			Created.Add(Private::ConstructObjectInternal(Class, Outer, FName(FromUtf8(Entry["name"].get<std::string>())), Flags));
+		}
+		for (size_t Index = 0; bOk && Index < Objects.size(); ++Index)
+		{
+			const FJson& Entry = Objects[Index];
+			const FString ClassName = FromUtf8(Entry["class"].get<std::string>());
+			UObject* Object = Created[(int32)Index];
 			FString CodecError;
 			const FJson Empty = FJson::object();
 			bool bRead = false;
@@ -303,6 +332,7 @@ namespace UE::Headless
 			}
 		}
 		GIsEditorLoadingPackage = bWasLoading;
+		PackagesBeingRead().erase(&Package);
 
 		if (!bOk)
 		{

@@ -5,6 +5,7 @@
 #include "Headless/AssetRegistryState.h"
 #include "Headless/Faults.h"
 #include "Headless/ObjectRegistry.h"
+#include "Internationalization/Internationalization.h"
 #include "StaticMeshCompiler.h"
 #include "Templates/Casts.h"
 #include "UObject/ObjectSaveContext.h"
@@ -44,6 +45,8 @@ namespace UE::Headless
 		GEditor->AddToRoot();
 		GEditor->Trans = NewObject<UTransBuffer>(GEditor, NAME_None, RF_Transient);
 		GEditor->Trans->AddToRoot();
+		// As UTransBuffer::Initialize does when the editor creates its buffer.
+		GEditor->Trans->Reset(NSLOCTEXT("UnrealEd", "Startup", "Startup"));
 
 		if (!Runtime.bListening)
 		{

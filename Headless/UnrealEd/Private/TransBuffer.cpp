@@ -58,6 +58,7 @@ int32 UTransBuffer::End()
 		UE::Headless::FTransaction* Transaction = UndoBuffer.Last();
 		const FTransactionContext Context = Transaction->GetContext();
 		TransactionStateChangedDelegate.Broadcast(Context, ETransactionStateEventType::PreTransactionFinalized);
+		Transaction->Finalize();
 		if (Transaction->IsTransient())
 		{
 			UndoBuffer.Pop();
@@ -121,6 +122,7 @@ void UTransBuffer::Reset(const FText& Reason)
 	UndoCount = 0;
 	PreviousUndoCount = 0;
 	ActiveCount = 0;
+	ResetReason = Reason;
 	GUndo = nullptr;
 }
 
@@ -138,7 +140,7 @@ bool UTransBuffer::CanUndo(FText* Text)
 	{
 		if (Text)
 		{
-			*Text = FText::FromString(TEXT("(Nothing to undo)"));
+			*Text = FText::FromString(FString::Printf(TEXT("(Can't undo after: %s)"), *ResetReason.ToString()));
 		}
 		return false;
 	}
@@ -147,7 +149,15 @@ bool UTransBuffer::CanUndo(FText* Text)
 
 bool UTransBuffer::CanRedo(FText* Text)
 {
-	if (ActiveCount > 0 || UndoCount == 0)
+	if (ActiveCount > 0)
+	{
+		if (Text)
+		{
+			*Text = FText::FromString(FString::Printf(TEXT("(Can't redo while '%s' is in progress)"), *GetOpenTransactionTitle().ToString()));
+		}
+		return false;
+	}
+	if (UndoCount == 0)
 	{
 		if (Text)
 		{

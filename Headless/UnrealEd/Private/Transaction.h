@@ -19,8 +19,11 @@ namespace UE::Headless
 		// the transaction, applied again it redoes it.
 		void Apply();
 
-		// A transaction that recorded nothing leaves no undo step.
-		[[nodiscard]] bool IsTransient() const { return Records.Num() == 0; }
+		// Compares every recorded object with what was saved of it, when the outermost level closes.
+		void Finalize();
+
+		// A transaction whose objects did not change leaves no undo step.
+		[[nodiscard]] bool IsTransient() const { return !bHasChanges; }
 		[[nodiscard]] const FText& GetTitle() const { return Title; }
 		[[nodiscard]] FTransactionContext GetContext() const { return FTransactionContext(Title, *Context, nullptr); }
 
@@ -36,5 +39,6 @@ namespace UE::Headless
 		FString Context;
 		FText Title;
 		TArray<FObjectRecord> Records;
+		bool bHasChanges = false;
 	};
 }

@@ -56,4 +56,6 @@ private:
 	int32 PreviousUndoCount = 0;
 	int32 ActiveCount = 0;
 	FOnTransactorTransactionStateChanged TransactionStateChangedDelegate;
+	// Why the buffer was last emptied; the text of CanUndo names it when there is nothing to undo.
+	FText ResetReason;
 };

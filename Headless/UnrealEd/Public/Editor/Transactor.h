@@ -12,7 +12,7 @@ class UTransactor : public UObject
 public:
 	// Opens a transaction, or nests into the open one; returns the number that were open before.
 	virtual int32 Begin(const TCHAR* SessionContext, const FText& Description) PURE_VIRTUAL(UTransactor::Begin, return 0;);
-	// Closes one level; returns the number still open.
+	// Closes one level; returns the number that were open when it was called (1: this closed the transaction).
 	virtual int32 End() PURE_VIRTUAL(UTransactor::End, return 0;);
 	// Throws the open transaction away without reverting any object.
 	virtual void Cancel(int32 StartIndex = 0) PURE_VIRTUAL(UTransactor::Cancel, );
