@@ -334,7 +334,7 @@ namespace CVAI::NaniteAssembly
 		public:
 			static constexpr int32 MaxKeys = 6;
 
-			// [-0, +0, e]
+			// [-0, +0, e] Called once per object: a key never seen keeps the type nil it starts with.
 			bool Gather(const sol::stack_object& Table, TConstArrayView<const ANSICHAR*> AcceptedKeys, const FContextPath& ContextPath, FString& OutError)
 			{
 				check(AcceptedKeys.Num() <= MaxKeys);
@@ -342,10 +342,6 @@ namespace CVAI::NaniteAssembly
 				TableIndex = Table.stack_index();
 				Keys = AcceptedKeys;
 				ReserveStack(L, 2);
-				for (int32 KeyIndex = 0; KeyIndex < AcceptedKeys.Num(); ++KeyIndex)
-				{
-					Types[KeyIndex] = LUA_TNIL;
-				}
 				lua_State* State = L;
 				auto Record = [this, State](int32 KeyIndex)
 				{
