@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
 # The project folder and the files cvai writes: a folder that is not a project is a usage error of each command
-# that starts an editor, and a --log file that cannot be written is refused before the script runs.
+# that starts an editor, and so is a --log file that cannot be written, before the script runs.
 source "$(dirname "$0")/lib/common.sh"
 project=$(new_project Project)
 echo 'print("ran")' > "$work/ok.lua"
@@ -18,13 +18,10 @@ refused "no .uproject file in '$work/empty/'; make a project there with: cvai ne
 cd - > /dev/null
 [ -e "$work/empty/Saved" ] && fail "a refused command wrote into the folder"
 
-expect_status 1 "$cvai" run "$work/ok.lua" --project "$project" --log "$work/missing/session.log"
-expect_file "$work/err" "cvai: cannot write the log file '$work/missing/session.log': No such file or directory"
-expect_file "$work/out" ""
+refused "cannot write the log file '$work/missing/session.log': No such file or directory" \
+	run "$work/ok.lua" --project "$project" --log "$work/missing/session.log"
 [ -e "$work/missing" ] && fail "--log made the missing folder"
-expect_status 1 "$cvai" run "$work/ok.lua" --project "$project" --log "$work/empty"
-expect_file "$work/err" "cvai: cannot write the log file '$work/empty': Is a directory"
-expect_file "$work/out" ""
+refused "cannot write the log file '$work/empty': Is a directory" run "$work/ok.lua" --project "$project" --log "$work/empty"
 
 # The project is checked before the log file is made.
 refused "no .uproject file in '$work/empty/'; make a project there with: cvai new $work/empty/" \

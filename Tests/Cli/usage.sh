@@ -32,6 +32,9 @@ refused "unknown option '-x'" run a.lua -x
 refused "unknown option '--'" run a.lua --
 refused "unknown option '--project=.'" run a.lua --project=.
 refused "unknown option '--json'" run a.lua --json
+for seconds in soon -1 1e3 inf 1.2.3 . ""; do
+	refused "--lock-timeout needs a number of seconds, not '$seconds'" run a.lua --lock-timeout "$seconds"
+done
 refused "cannot read the script '$work/missing.lua'" run "$work/missing.lua"
 refused "cannot read the script '$work'" run "$work"
 # '-' is a script's name like any other.

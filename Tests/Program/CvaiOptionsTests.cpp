@@ -85,4 +85,40 @@ namespace
 		EXPECT_EQ(FormatHelp(Syntax), "Usage: cvai test SUITE [SCRIPT...] [-j N] [--junit FILE] [--sandbox]\n\nRuns the suite.\n");
 		EXPECT_EQ(FormatUsage({ .Name = "docs" }), "cvai docs");
 	}
+
+	TEST(CvaiOptionsTest, ChecksTheValuesOfOptionsThatDeclareARule)
+	{
+		const FCommandSyntax Syntax{ .Name = "wait", .Options = { { "--for", "SECONDS", nullptr, &IsSeconds, "a number of seconds" }, { "--note", "TEXT" } } };
+		for (const char* Seconds : { "0", "30", "0.25", "2.", ".5" })
+		{
+			const FParseResult Parsed = ParseCommandLine(Syntax, { "--for", Seconds });
+			EXPECT_EQ(Parsed.Error, "") << Seconds;
+			EXPECT_EQ(Parsed.CommandLine.Get("--for", ""), Seconds);
+		}
+		for (const char* Seconds : { "", ".", "-1", "+1", "1e3", "inf", "nan", "0x10", "1.2.3", " 1", "1s" })
+		{
+			EXPECT_EQ(ParseCommandLine(Syntax, { "--for", Seconds }).Error, std::string("--for needs a number of seconds, not '") + Seconds + "'") << Seconds;
+		}
+		// An option without a rule takes any value, one that looks like an option too.
+		EXPECT_EQ(ParseCommandLine(Syntax, { "--note", "--for" }).CommandLine.Get("--note", ""), "--for");
+	}
+
+	TEST(CvaiOptionsTest, ListsTheOptionsWithAHelpTextAfterTheDescription)
+	{
+		const FCommandSyntax Syntax{ .Name = "serve",
+			.Description = "Serves the project.\n",
+			.ExitStatus = "Exit status: 0 when stopped.\n",
+			.Options = { { "--port", "N", "the port to listen on" }, { "--quiet" }, { "--log-level", "LEVEL", "one of:\nerror, warning, log" },
+				Unlisted({ "--trace", nullptr, "every request" }) } };
+		EXPECT_EQ(FormatHelp(Syntax), "Usage: cvai serve [--port N] [--quiet] [--log-level LEVEL]\n"
+									  "\n"
+									  "Serves the project.\n"
+									  "\n"
+									  "Options:\n"
+									  "  --port N           the port to listen on\n"
+									  "  --log-level LEVEL  one of:\n"
+									  "                     error, warning, log\n"
+									  "\n"
+									  "Exit status: 0 when stopped.\n");
+	}
 }

@@ -14,11 +14,14 @@ namespace UE::Headless::Cvai
 		constexpr const char* Help = "Runs the editor automation checks that the module registered when it loaded, whose names contain FILTER\n"
 			"(all of them without one), for example: cvai automation Corvane.GeometryScripting\n"
 			"The checks build, save and undo assets under /Game/CorvaneAutomation in the project.\n"
-			"The last line is \"N passed, N failed\"; the exit status is 1 when a check failed or none matched.\n";
+			"The project stays locked while they run, as for cvai run. The last line is \"N passed, N failed\".\n";
+
+		constexpr const char* ExitStatus = "Exit status: 0 when every check passed, 1 when a check failed or none matched, 2 for a usage error, 3 when\n"
+			"another cvai process kept the project past --lock-timeout, 4 when memory ran out.\n";
 
 		int RunAutomation(const FCommandLine& CommandLine)
 		{
-			FEditorSession Editor(CommandLine);
+			FEditorSession Editor(CommandLine, EProjectAccess::Write);
 			if (const int Exit = Editor.Open(); Exit != ExitOk)
 			{
 				return Exit;
@@ -61,7 +64,7 @@ namespace UE::Headless::Cvai
 	}
 
 	const FCommand AutomationCommand{ .Run = &RunAutomation,
-		.Syntax = { .Name = "automation", .Summary = "run the module's editor automation checks", .Description = Help,
+		.Syntax = { .Name = "automation", .Summary = "run the module's editor automation checks", .Description = Help, .ExitStatus = ExitStatus,
 			.Options = { ProjectOption, Unlisted(VerboseOption) },
 			// A filter is matched as plain text against the checks' names, dashes and all.
 			.Positionals = { .Names = { "FILTER" }, .DashedWord = EDashedWord::ValueUnlessDoubleDash, .ExtraMessage = "automation takes one filter" } } };

@@ -1,19 +1,13 @@
 // The commands of the cvai program.
 #pragma once
 
+#include "CvaiExitCodes.h"
 #include "CvaiOptions.h"
 
 #include <string>
 
 namespace UE::Headless::Cvai
 {
-	enum EExitCode
-	{
-		ExitOk = 0,
-		ExitFailure = 1,
-		ExitUsage = 2,
-	};
-
 	struct FCommand
 	{
 		// Runs on words that fit the syntax.

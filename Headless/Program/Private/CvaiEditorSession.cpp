@@ -4,6 +4,7 @@
 #include "Headless/EngineLog.h"
 #include "Headless/StringUtils.h"
 
+#include <algorithm>
 #include <filesystem>
 
 namespace UE::Headless::Cvai
@@ -34,6 +35,18 @@ namespace UE::Headless::Cvai
 		}
 	}
 
+	FCommandSyntax WithStartupOptions(FCommandSyntax Syntax)
+	{
+		std::vector<FOption>& Options = Syntax.Options;
+		const auto IsProject = [](const FOption& Option) { return std::string(Option.Name) == ProjectOption.Name; };
+		if (std::find_if(Options.begin(), Options.end(), IsProject) != Options.end())
+		{
+			const auto FirstUnlisted = std::find_if(Options.begin(), Options.end(), [](const FOption& Option) { return Option.bUnlisted; });
+			Options.insert(FirstUnlisted, LockTimeoutOption);
+		}
+		return Syntax;
+	}
+
 	std::shared_ptr<FILE> OpenLogFile(const std::string& Path)
 	{
 		// A shared_ptr given a null pointer and a deleter still calls the deleter, and fclose(NULL) crashes:
@@ -46,8 +59,9 @@ namespace UE::Headless::Cvai
 		return std::shared_ptr<FILE>(File, [](FILE* Open) { std::fclose(Open); });
 	}
 
-	FEditorSession::FEditorSession(const FCommandLine& InCommandLine)
+	FEditorSession::FEditorSession(const FCommandLine& InCommandLine, EProjectAccess InAccess)
 		: CommandLine(InCommandLine)
+		, Access(InAccess)
 	{
 	}
 
@@ -73,6 +87,11 @@ namespace UE::Headless::Cvai
 		{
 			return ExitUsage;
 		}
+		// Before the engine log, whose file belongs to the process that holds the project.
+		if (const int Exit = LockProject(); Exit != ExitOk)
+		{
+			return Exit;
+		}
 		RouteEngineLog(ToUtf8(Project.ProjectDir), CommandLine.Has(VerboseOption.Name));
 		bEngineLogRouted = true;
 		FString Error;
@@ -82,6 +101,35 @@ namespace UE::Headless::Cvai
 			return ExitFailure;
 		}
 		return ExitOk;
+	}
+
+	int FEditorSession::LockProject()
+	{
+		const std::string Timeout = CommandLine.Get(LockTimeoutOption.Name, "30");
+		const std::string ProjectDir = ToUtf8(Project.ProjectDir);
+		const ELockResult Result = Lock.Lock(ProjectDir, Access, std::stod(Timeout), [&](pid_t Holder)
+		{
+			std::fprintf(stderr, "cvai: the project '%s' is in use by process %d; waiting up to %s s\n", ProjectDir.c_str(), (int)Holder, Timeout.c_str());
+		});
+		switch (Result)
+		{
+		case ELockResult::Locked:
+			return ExitOk;
+		case ELockResult::Busy:
+			if (std::stod(Timeout) > 0)
+			{
+				std::fprintf(stderr, "cvai: the project '%s' is still in use by process %d after %s s\n", ProjectDir.c_str(), (int)Lock.GetHolder(), Timeout.c_str());
+			}
+			else
+			{
+				std::fprintf(stderr, "cvai: the project '%s' is in use by process %d\n", ProjectDir.c_str(), (int)Lock.GetHolder());
+			}
+			return ExitProjectBusy;
+		case ELockResult::Failed:
+			break;
+		}
+		std::fprintf(stderr, "cvai: %s\n", Lock.GetError().c_str());
+		return ExitFailure;
 	}
 
 	FCorvaneLuaSession& FEditorSession::GetLuaSession()
@@ -108,5 +156,6 @@ namespace UE::Headless::Cvai
 			SetEngineLogListener(nullptr);
 			bEngineLogRouted = false;
 		}
+		Lock.Unlock();
 	}
 }

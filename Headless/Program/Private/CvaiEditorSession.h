@@ -3,6 +3,7 @@
 #pragma once
 
 #include "CvaiOptions.h"
+#include "CvaiProjectLock.h"
 #include "Headless/HeadlessEditor.h"
 
 #include <cstdio>
@@ -11,8 +12,14 @@
 
 namespace UE::Headless::Cvai
 {
-	inline constexpr FOption ProjectOption{ "--project", "DIR" };
-	inline constexpr FOption VerboseOption{ "--verbose" };
+	inline constexpr FOption ProjectOption{ "--project", "DIR", "the project folder (default: the current folder)" };
+	inline constexpr FOption VerboseOption{ "--verbose", nullptr, "also print the whole engine log on standard error" };
+	inline constexpr FOption LockTimeoutOption{ "--lock-timeout", "SECONDS",
+		"how long to wait for another cvai on the project (default 30; 0: do not wait)", &IsSeconds, "a number of seconds" };
+
+	// The syntax of a command that opens a project (it takes --project) with the options of the start-up itself added
+	// after its own listed ones.
+	FCommandSyntax WithStartupOptions(FCommandSyntax Syntax);
 
 	// A file opened for writing, closed when its last user lets go; null when it cannot be opened, with errno
 	// saying why.
@@ -21,7 +28,8 @@ namespace UE::Headless::Cvai
 	class FEditorSession
 	{
 	public:
-		explicit FEditorSession(const FCommandLine& CommandLine);
+		// Access says how the command uses the project: Write when it may change it, Read when it only looks.
+		explicit FEditorSession(const FCommandLine& CommandLine, EProjectAccess Access = EProjectAccess::Read);
 		~FEditorSession();
 		FEditorSession(const FEditorSession&) = delete;
 		FEditorSession& operator=(const FEditorSession&) = delete;
@@ -30,7 +38,7 @@ namespace UE::Headless::Cvai
 		// must not run on a wrong project calls this before them; Open calls it otherwise.
 		bool FindProject();
 
-		// Finds the project if that is still to do, sends the engine log to <project>/Saved/Logs/cvai.log (and
+		// Finds the project if that is still to do, locks it (waiting up to --lock-timeout), sends the engine log to <project>/Saved/Logs/cvai.log (and
 		// its errors, everything with --verbose, to stderr) and starts the editor. Returns the exit status
 		// to end with when that failed, after printing why; ExitOk otherwise.
 		int Open();
@@ -39,11 +47,17 @@ namespace UE::Headless::Cvai
 		// to bind is otherwise only a nil global.
 		FCorvaneLuaSession& GetLuaSession();
 
-		// Closes the host session and stops the editor, which unloads the module; the destructor does it too.
+		// Closes the host session, stops the editor, which unloads the module, and lets go of the project; the
+		// destructor does it too.
 		void Close();
 
 	private:
+		int LockProject();
+
 		FCommandLine CommandLine;
+		EProjectAccess Access;
+		// Declared before the editor, so that it is released after the editor stopped.
+		FProjectLock Lock;
 		FProjectInfo Project;
 		bool bProjectFound = false;
 		bool bEngineLogRouted = false;

@@ -1,4 +1,5 @@
 #include "CvaiCommands.h"
+#include "CvaiEditorSession.h"
 
 #include <cstdio>
 #include <string>
@@ -28,29 +29,36 @@ namespace UE::Headless::Cvai
 							   "Usage:\n";
 			for (const FCommand* Command : Commands)
 			{
-				AppendListing(Help, FormatUsage(Command->Syntax), Command->Syntax.Summary);
+				AppendListing(Help, FormatUsage(WithStartupOptions(Command->Syntax)), Command->Syntax.Summary);
 			}
 			AppendListing(Help, "cvai --help, cvai COMMAND --help", "show help");
 			Help += "\n"
 					"A project folder holds a .uproject (its Plugins list enables NaniteAssemblyEditorUtils), Config/DefaultEngine.ini\n"
 					"(its [ConsoleVariables] set r.Nanite.AllowAssemblies) and Content/, where /Game/ packages are saved.\n"
-					"--project defaults to the current folder.\n"
+					"--project defaults to the current folder. run, info and automation lock the project for as long as they run\n"
+					"(Saved/cvai.lock): run and automation alone, info beside other readers; a command that finds the project\n"
+					"locked waits up to --lock-timeout seconds (30 by default).\n"
 					"\n"
-					"Exit status: 0 success, 1 failure (a script error, a refused readback, a failed check), 2 usage error.\n";
+					"Exit status:\n";
+			for (const FExitStatus& Status : ExitStatuses)
+			{
+				Help += "  " + std::to_string(Status.Code) + "  " + Status.Meaning + "\n";
+			}
 			return Help;
 		}
 
 		int Dispatch(const FCommand& Command, const FArguments& Arguments)
 		{
-			const FParseResult Parsed = ParseCommandLine(Command.Syntax, Arguments);
+			const FCommandSyntax Syntax = WithStartupOptions(Command.Syntax);
+			const FParseResult Parsed = ParseCommandLine(Syntax, Arguments);
 			if (Parsed.bHelp)
 			{
-				std::fputs(FormatHelp(Command.Syntax).c_str(), stdout);
+				std::fputs(FormatHelp(Syntax).c_str(), stdout);
 				return ExitOk;
 			}
 			if (!Parsed.Error.empty())
 			{
-				return UsageError(Parsed.Error, Command.Syntax.Name);
+				return UsageError(Parsed.Error, Syntax.Name);
 			}
 			return Command.Run(Parsed.CommandLine);
 		}

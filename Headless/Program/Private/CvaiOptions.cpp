@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <optional>
+#include <utility>
 
 namespace UE::Headless::Cvai
 {
@@ -44,6 +45,14 @@ namespace UE::Headless::Cvai
 			}
 			return "unknown option '" + Word + "'";
 		}
+	}
+
+	bool IsSeconds(const std::string& Value)
+	{
+		// Digits with at most one point among them: strtod would also take "inf", "1e3" and "0x10".
+		const size_t Point = Value.find('.');
+		const bool bOnePoint = Point == std::string::npos || Value.find('.', Point + 1) == std::string::npos;
+		return bOnePoint && Value.find_first_not_of("0123456789.") == std::string::npos && Value.find_first_of("0123456789") != std::string::npos;
 	}
 
 	bool FCommandLine::Has(const std::string& Name) const
@@ -90,7 +99,13 @@ namespace UE::Headless::Cvai
 					return Result;
 				}
 				// The next word is the value whatever it looks like, so a value may start with '-'.
-				Result.CommandLine.Options[Word] = Arguments[++Index];
+				const std::string& Value = Arguments[++Index];
+				if (Option->IsValidValue && !Option->IsValidValue(Value))
+				{
+					Result.Error = Word + " needs " + Option->ValueRule + ", not '" + Value + "'";
+					return Result;
+				}
+				Result.CommandLine.Options[Word] = Value;
 				continue;
 			}
 			if (std::optional<std::string> Refusal = RefuseWord(Positionals, Word))
@@ -137,6 +152,37 @@ namespace UE::Headless::Cvai
 
 	std::string FormatHelp(const FCommandSyntax& Syntax)
 	{
-		return "Usage: " + FormatUsage(Syntax) + "\n\n" + Syntax.Description;
+		std::string Help = "Usage: " + FormatUsage(Syntax) + "\n\n" + (Syntax.Description ? Syntax.Description : "");
+		std::vector<std::pair<std::string, const char*>> Listed;
+		size_t Width = 0;
+		for (const FOption& Option : Syntax.Options)
+		{
+			if (!Option.bUnlisted && Option.Help)
+			{
+				Listed.emplace_back(std::string(Option.Name) + (Option.ValueName ? std::string(" ") + Option.ValueName : std::string()), Option.Help);
+				Width = std::max(Width, Listed.back().first.size());
+			}
+		}
+		if (!Listed.empty())
+		{
+			Help += "\nOptions:\n";
+			// A help text of several lines keeps its column.
+			const std::string Indent(Width + 4, ' ');
+			for (const auto& [Usage, Text] : Listed)
+			{
+				Help += "  " + Usage + std::string(Width - Usage.size() + 2, ' ');
+				for (const char* Char = Text; *Char; ++Char)
+				{
+					Help += *Char;
+					Help += *Char == '\n' ? Indent : "";
+				}
+				Help += '\n';
+			}
+		}
+		if (Syntax.ExitStatus)
+		{
+			Help += std::string("\n") + Syntax.ExitStatus;
+		}
+		return Help;
 	}
 }

@@ -17,7 +17,12 @@ namespace UE::Headless::Cvai
 		const char* Name = nullptr;
 		// What the value stands for in the usage line ("DIR"); nullptr when the option is a flag.
 		const char* ValueName = nullptr;
-		// Accepted but left out of the usage line.
+		// Its line under "Options:" in the command's help.
+		const char* Help = nullptr;
+		// The check of the value and what it asks for ("a number of seconds"); without one any value is taken.
+		bool (*IsValidValue)(const std::string& Value) = nullptr;
+		const char* ValueRule = nullptr;
+		// Accepted but left out of the usage line and the help.
 		bool bUnlisted = false;
 	};
 
@@ -26,6 +31,9 @@ namespace UE::Headless::Cvai
 		Option.bUnlisted = true;
 		return Option;
 	}
+
+	// A value check for options that take a duration: a decimal number, not negative ("0", "2.5").
+	bool IsSeconds(const std::string& Value);
 
 	// What a word that starts with '-', and is none of the command's options, is to that command.
 	enum class EDashedWord
@@ -58,8 +66,9 @@ namespace UE::Headless::Cvai
 		const char* Name = nullptr;
 		// Its line in the program's help.
 		const char* Summary = nullptr;
-		// Its help after the usage line and a blank line.
+		// Its help after the usage line and a blank line; the options follow it, then ExitStatus.
 		const char* Description = nullptr;
+		const char* ExitStatus = nullptr;
 		std::vector<FOption> Options;
 		FPositionals Positionals;
 	};

@@ -13,9 +13,9 @@ namespace UE::Headless::Cvai
 {
 	namespace
 	{
-		constexpr const char* Help = "Starts a headless editor on the project in DIR (default: the current folder), loads the\n"
-			"CVAI_NaniteAssembly_Integration module as the engine loads it, opens one host Lua session and runs SCRIPT.lua\n"
-			"in it, then shuts the module down.\n"
+		constexpr const char* Help = "Starts a headless editor on the project in DIR, loads the CVAI_NaniteAssembly_Integration module as the engine\n"
+			"loads it, opens one host Lua session and runs SCRIPT.lua in it, then shuts the module down. The project stays\n"
+			"locked for the whole run: no other run or automation starts on it meanwhile, and info waits for it.\n"
 			"\n"
 			"The session has the standard Lua libraries, the module's verbs nanite_assembly_support(),\n"
 			"nanite_assembly_info(path) and nanite_assembly_build{...}, and the table 'headless' that drives the editor:\n"
@@ -28,12 +28,13 @@ namespace UE::Headless::Cvai
 			"\n"
 			"Output: every line of the session's log goes to standard output exactly as logged, and to FILE with --log;\n"
 			"print() also writes to standard output. The engine log is written to DIR/Saved/Logs/cvai.log; its errors\n"
-			"(with --verbose, all of it) also go to standard error.\n"
-			"\n"
-			"Exit status: 0 when the script ran to its end, 1 when it raised a Lua error (the error and a traceback go to\n"
-			"standard error), 2 for a usage error (including a folder without a .uproject).\n";
+			"(with --verbose, all of it) also go to standard error.\n";
 
-		constexpr FOption LogOption{ "--log", "FILE" };
+		constexpr const char* ExitStatus = "Exit status: 0 when the script ran to its end, 1 when it raised a Lua error (the error and a traceback go to\n"
+			"standard error), 2 for a usage error (including a folder without a .uproject and a --log file that cannot be\n"
+			"written), 3 when another cvai process kept the project past --lock-timeout, 4 when memory ran out.\n";
+
+		constexpr FOption LogOption{ "--log", "FILE", "also write the session's log lines to FILE" };
 
 		int RunRun(const FCommandLine& CommandLine)
 		{
@@ -44,7 +45,7 @@ namespace UE::Headless::Cvai
 				return UsageError("cannot read the script '" + Script + "'", CommandLine.Command);
 			}
 
-			FEditorSession Editor(CommandLine);
+			FEditorSession Editor(CommandLine, EProjectAccess::Write);
 			// A wrong project is the first thing to hear about, before a log file is made for nothing.
 			if (!Editor.FindProject())
 			{
@@ -57,8 +58,7 @@ namespace UE::Headless::Cvai
 				LogFile = OpenLogFile(LogPath);
 				if (!LogFile)
 				{
-					std::fprintf(stderr, "cvai: cannot write the log file '%s': %s\n", LogPath.c_str(), std::strerror(errno));
-					return ExitFailure;
+					return UsageError("cannot write the log file '" + LogPath + "': " + std::strerror(errno), CommandLine.Command);
 				}
 			}
 			if (const int Exit = Editor.Open(); Exit != ExitOk)
@@ -89,7 +89,7 @@ namespace UE::Headless::Cvai
 	}
 
 	const FCommand RunCommand{ .Run = &RunRun,
-		.Syntax = { .Name = "run", .Summary = "run a script in a headless editor session", .Description = Help,
+		.Syntax = { .Name = "run", .Summary = "run a script in a headless editor session", .Description = Help, .ExitStatus = ExitStatus,
 			.Options = { ProjectOption, LogOption, VerboseOption },
 			.Positionals = { .Names = { "SCRIPT.lua" }, .MinCount = 1, .MissingMessage = "run needs a script", .ExtraMessage = "run takes one script" } } };
 }
