@@ -1,16 +1,41 @@
 #include "Headless/CorvaneHost.h"
 
+#include "Headless/FatalExit.h"
 #include "Headless/StringUtils.h"
 
 #include <sol/sol.hpp>
 
+#include <cstdlib>
+
 namespace UE::Headless
 {
+	namespace
+	{
+		// Every allocation of a session's Lua state. One that fails ends the process as a failed operator new does:
+		// Lua's own memory error would reach the script, whose pcall could catch it half way through a build and go
+		// on. That gives up Lua's emergency collection before it reports the error, which a script that close to
+		// the limit would not outlive for long anyway.
+		void* AllocateLuaMemory(void* UserData, void* Block, size_t OldSize, size_t NewSize)
+		{
+			if (NewSize == 0)
+			{
+				std::free(Block);
+				return nullptr;
+			}
+			void* Resized = std::realloc(Block, NewSize);
+			if (!Resized)
+			{
+				ExitOutOfMemory();
+			}
+			return Resized;
+		}
+	}
+
 	struct FCorvaneLuaSession::FImpl
 	{
 		// The session data outlives the Lua state: it is declared first, so it is destroyed last.
 		FLuaSessionData SessionData;
-		sol::state Lua;
+		sol::state Lua{ sol::default_at_panic, &AllocateLuaMemory };
 		TArray<FString> BinderErrors;
 	};
 

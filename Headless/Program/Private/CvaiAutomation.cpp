@@ -3,6 +3,7 @@
 
 #include "CoreGlobals.h"
 #include "Headless/Automation.h"
+#include "Headless/FatalExit.h"
 #include "Headless/StringUtils.h"
 
 #include <cstdio>
@@ -40,6 +41,7 @@ namespace UE::Headless::Cvai
 					continue;
 				}
 				TArray<FString> Errors;
+				const FScopedActivity Activity(TEXT("running the automation check ") + Test.DisplayName);
 				if (FAutomationAccess::RunTest(Test.TestName, Errors))
 				{
 					++Passed;

@@ -2,6 +2,7 @@
 
 #include "CvaiCommands.h"
 #include "Headless/EngineLog.h"
+#include "Headless/FatalExit.h"
 #include "Headless/StringUtils.h"
 
 #include <algorithm>
@@ -95,6 +96,7 @@ namespace UE::Headless::Cvai
 		RouteEngineLog(ToUtf8(Project.ProjectDir), CommandLine.Has(VerboseOption.Name));
 		bEngineLogRouted = true;
 		FString Error;
+		const FScopedActivity Activity(TEXT("starting the editor on ") + Project.ProjectDir);
 		if (!Editor.Start(Project.ProjectDir, Error))
 		{
 			std::fprintf(stderr, "cvai: %s\n", ToUtf8(Error).c_str());
@@ -147,6 +149,7 @@ namespace UE::Headless::Cvai
 
 	void FEditorSession::Close()
 	{
+		const FScopedActivity Activity("shutting the editor down");
 		LuaSession.reset();
 		// What the session printed comes before whatever shutting down logs to stderr.
 		std::fflush(stdout);

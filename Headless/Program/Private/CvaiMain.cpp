@@ -1,6 +1,8 @@
 #include "CvaiCommands.h"
 #include "CvaiEditorSession.h"
+#include "Headless/FatalExit.h"
 
+#include <csignal>
 #include <cstdio>
 #include <string>
 
@@ -74,6 +76,10 @@ namespace UE::Headless::Cvai
 int main(int Argc, char** Argv)
 {
 	using namespace UE::Headless::Cvai;
+	// A write past a file-size limit then fails with EFBIG, which a save reports as any failed write, instead of
+	// killing the process half way through.
+	std::signal(SIGXFSZ, SIG_IGN);
+	UE::Headless::InstallOutOfMemoryHandler("cvai", ExitOutOfMemory);
 	FArguments Arguments(Argv + 1, Argv + Argc);
 	if (Arguments.empty())
 	{

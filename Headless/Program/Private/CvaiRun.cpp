@@ -1,6 +1,7 @@
 #include "CvaiCommands.h"
 #include "CvaiEditorSession.h"
 
+#include "Headless/FatalExit.h"
 #include "Headless/StringUtils.h"
 
 #include <cerrno>
@@ -78,6 +79,7 @@ namespace UE::Headless::Cvai
 				}
 			});
 			std::string ScriptError;
+			const FScopedActivity Activity(("running " + Script).c_str());
 			if (!Session.RunFile(Script, ScriptError))
 			{
 				std::fflush(stdout);

@@ -2,6 +2,7 @@
 
 #include "Headless/AssetRegistryState.h"
 #include "CoreGlobals.h"
+#include "Headless/FatalExit.h"
 #include "Headless/Faults.h"
 #include "Headless/ObjectRegistry.h"
 #include "Headless/PackageFiles.h"
@@ -114,6 +115,7 @@ bool UEditorLoadingAndSavingUtils::SavePackages(const TArray<UPackage*>& Package
 	bool bAllSaved = true;
 	for (UPackage* Package : Packages)
 	{
+		const UE::Headless::FScopedActivity Activity(TEXT("saving ") + Package->GetName());
 		bAllSaved &= SaveOnePackage(Package);
 	}
 	GIsRunningUnattendedScript = bWasUnattended;

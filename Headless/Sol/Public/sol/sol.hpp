@@ -1020,12 +1020,12 @@ namespace sol
 		{
 			void operator()(lua_State* L) const { lua_close(L); }
 		};
+	}
 
-		inline int default_at_panic(lua_State* L)
-		{
-			const char* message = lua_tostring(L, -1);
-			throw error(message ? message : "An unexpected error occurred and panic has been invoked");
-		}
+	inline int default_at_panic(lua_State* L)
+	{
+		const char* message = lua_tostring(L, -1);
+		throw error(message ? message : "An unexpected error occurred and panic has been invoked");
 	}
 
 	// Owns a new Lua state; the view's registry slots are released before the state closes.
@@ -1034,21 +1034,25 @@ namespace sol
 		using unique_base = std::unique_ptr<lua_State, detail::state_deleter>;
 
 	public:
-		state() : unique_base(make_state()), state_view(unique_base::get()) {}
+		state(lua_CFunction panic = default_at_panic) : unique_base(make_state(luaL_newstate(), panic)), state_view(unique_base::get()) {}
+		// Every allocation of the state goes through alfunc, with alpointer as its first argument.
+		state(lua_CFunction panic, lua_Alloc alfunc, void* alpointer = nullptr)
+			: unique_base(make_state(lua_newstate(alfunc, alpointer), panic)), state_view(unique_base::get())
+		{
+		}
 		state(const state&) = delete;
 		state& operator=(const state&) = delete;
 
 		using state_view::get;
 
 	private:
-		static lua_State* make_state()
+		static lua_State* make_state(lua_State* L, lua_CFunction panic)
 		{
-			lua_State* L = luaL_newstate();
 			if (L == nullptr)
 			{
 				throw std::bad_alloc();
 			}
-			lua_atpanic(L, &detail::default_at_panic);
+			lua_atpanic(L, panic);
 			return L;
 		}
 	};
