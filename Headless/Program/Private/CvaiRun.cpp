@@ -3,6 +3,8 @@
 
 #include "Headless/FatalExit.h"
 #include "Headless/StringUtils.h"
+#include "Headless/UnsavedPackages.h"
+#include "UObject/Package.h"
 
 #include <cerrno>
 #include <cstdio>
@@ -22,20 +24,46 @@ namespace UE::Headless::Cvai
 			"nanite_assembly_info(path) and nanite_assembly_build{...}, and the table 'headless' that drives the editor:\n"
 			"undo, redo, begin_transaction, end_transaction, cancel_transaction, transaction_depth, undo_history, set_cvar,\n"
 			"get_cvar, set_plugin_enabled, set_editor_available, set_asset_registry_available, tick, is_package_dirty,\n"
-			"package_file_exists, object_info, create_transient_mesh, fail_next, saved_packages, log_lines, engine_log,\n"
-			"project_dir. fail_next(operation, reason?, skipped_calls?) makes a coming call of an engine or host operation\n"
-			"fail: BeginEditStaticMeshAssemblyBuild, AddAssemblyParts, FinishAssemblyBuild, NewObject, CreatePackage,\n"
-			"EnsurePackageEditable, EnsurePackageEditableForSave or SavePackages.\n"
+			"package_file_exists, object_info, create_transient_mesh, fail_next, saved_packages, save_packages, log_lines,\n"
+			"engine_log, project_dir. fail_next(operation, reason?, skipped_calls?) makes a coming call of an engine or host\n"
+			"operation fail: BeginEditStaticMeshAssemblyBuild, AddAssemblyParts, FinishAssemblyBuild, NewObject,\n"
+			"CreatePackage, EnsurePackageEditable, EnsurePackageEditableForSave or SavePackages. save_packages{\"/Game/A\", ...}\n"
+			"saves those packages as the editor saves them (with no list, every package with unsaved changes) and returns\n"
+			"true, or false and the reason.\n"
 			"\n"
 			"Output: every line of the session's log goes to standard output exactly as logged, and to FILE with --log;\n"
 			"print() also writes to standard output. The engine log is written to DIR/Saved/Logs/cvai.log; its errors\n"
-			"(with --verbose, all of it) also go to standard error.\n";
+			"(with --verbose, all of it) also go to standard error. When the script has ended, each package it left with\n"
+			"unsaved changes is named on standard error, \"not saved: /Game/...\", after --save-on-exit tried to save it.\n";
 
 		constexpr const char* ExitStatus = "Exit status: 0 when the script ran to its end, 1 when it raised a Lua error (the error and a traceback go to\n"
-			"standard error), 2 for a usage error (including a folder without a .uproject and a --log file that cannot be\n"
-			"written), 3 when another cvai process kept the project past --lock-timeout, 4 when memory ran out.\n";
+			"standard error) or --save-on-exit could not save, 2 for a usage error (including a folder without a .uproject\n"
+			"and a --log file that cannot be written), 3 when another cvai process kept the project past --lock-timeout,\n"
+			"4 when memory ran out.\n";
 
 		constexpr FOption LogOption{ "--log", "FILE", "also write the session's log lines to FILE" };
+		constexpr FOption SaveOnExitOption{ "--save-on-exit", nullptr, "when the script has ended, save every package it left with unsaved changes" };
+
+		bool SaveOnExit()
+		{
+			const TArray<UPackage*> Unsaved = GetUnsavedPackages();
+			FString Error;
+			if (Unsaved.IsEmpty() || SaveChangedPackages(Unsaved, Error))
+			{
+				return true;
+			}
+			std::fprintf(stderr, "cvai: %s could not save every package: %s\n", SaveOnExitOption.Name, ToUtf8(Error).c_str());
+			return false;
+		}
+
+		// Whatever the script leaves unsaved is lost when the editor stops: that is said, not done silently.
+		void ReportUnsavedPackages()
+		{
+			for (const UPackage* Package : GetUnsavedPackages())
+			{
+				std::fprintf(stderr, "not saved: %s\n", ToUtf8(Package->GetName()).c_str());
+			}
+		}
 
 		int RunRun(const FCommandLine& CommandLine)
 		{
@@ -79,19 +107,24 @@ namespace UE::Headless::Cvai
 				}
 			});
 			std::string ScriptError;
-			const FScopedActivity Activity(("running " + Script).c_str());
-			if (!Session.RunFile(Script, ScriptError))
+			bool bScriptRan = false;
 			{
-				std::fflush(stdout);
-				std::fprintf(stderr, "%s\n", ScriptError.c_str());
-				return ExitFailure;
+				const FScopedActivity Activity(("running " + Script).c_str());
+				bScriptRan = Session.RunFile(Script, ScriptError);
 			}
-			return ExitOk;
+			std::fflush(stdout);
+			if (!bScriptRan)
+			{
+				std::fprintf(stderr, "%s\n", ScriptError.c_str());
+			}
+			const bool bSaved = !CommandLine.Has(SaveOnExitOption.Name) || SaveOnExit();
+			ReportUnsavedPackages();
+			return bScriptRan && bSaved ? ExitOk : ExitFailure;
 		}
 	}
 
 	const FCommand RunCommand{ .Run = &RunRun,
 		.Syntax = { .Name = "run", .Summary = "run a script in a headless editor session", .Description = Help, .ExitStatus = ExitStatus,
-			.Options = { ProjectOption, LogOption, VerboseOption },
+			.Options = { ProjectOption, LogOption, VerboseOption, SaveOnExitOption },
 			.Positionals = { .Names = { "SCRIPT.lua" }, .MinCount = 1, .MissingMessage = "run needs a script", .ExtraMessage = "run takes one script" } } };
 }

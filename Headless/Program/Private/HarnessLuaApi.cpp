@@ -13,6 +13,7 @@
 #include "Headless/Plugins.h"
 #include "Headless/StaticMeshGeometry.h"
 #include "Headless/StringUtils.h"
+#include "Headless/UnsavedPackages.h"
 #include "Materials/MaterialInterface.h"
 #include "Misc/PackageName.h"
 #include "Misc/Paths.h"
@@ -274,6 +275,45 @@ namespace UE::Headless
 			return 1;
 		}
 
+		// save_packages{ "/Game/A", ... }: those packages, or with no list or an empty one every package with unsaved
+		// changes; true, or false and the reason.
+		int SavePackagesLua(lua_State* L)
+		{
+			TArray<UPackage*> Packages;
+			const lua_Integer Count = lua_isnoneornil(L, 1) ? 0 : (luaL_checktype(L, 1, LUA_TTABLE), (lua_Integer)lua_rawlen(L, 1));
+			for (lua_Integer Index = 1; Index <= Count; ++Index)
+			{
+				lua_rawgeti(L, 1, Index);
+				if (lua_type(L, -1) != LUA_TSTRING)
+				{
+					return luaL_error(L, "save_packages: entry %d is a %s, not a package name", (int)Index, luaL_typename(L, -1));
+				}
+				const FString Name = CheckText(L, -1);
+				lua_pop(L, 1);
+				UPackage* Package = FindPackage(Name);
+				if (!Package)
+				{
+					lua_pushboolean(L, false);
+					PushText(L, FString::Printf(TEXT("no package named '%s' is loaded"), *Name));
+					return 2;
+				}
+				Packages.AddUnique(Package);
+			}
+			if (Count == 0)
+			{
+				Packages = GetUnsavedPackages();
+			}
+			FString Error;
+			if (!SaveChangedPackages(Packages, Error))
+			{
+				lua_pushboolean(L, false);
+				PushText(L, Error);
+				return 2;
+			}
+			lua_pushboolean(L, true);
+			return 1;
+		}
+
 		int LogLines(lua_State* L)
 		{
 			PushTextList(L, FLuaSessionAccess::GetLogLines(SessionOf(L)));
@@ -320,6 +360,7 @@ namespace UE::Headless
 			{ "create_transient_mesh", &CreateTransientMesh },
 			{ "fail_next", &FailNextLua },
 			{ "saved_packages", &SavedPackages },
+			{ "save_packages", &SavePackagesLua },
 			{ "log_lines", &LogLines },
 			{ "engine_log", &EngineLog },
 			{ "project_dir", &ProjectDir },
