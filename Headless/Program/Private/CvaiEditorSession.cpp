@@ -107,9 +107,11 @@ namespace UE::Headless::Cvai
 
 	int FEditorSession::LockProject()
 	{
+		// The parser let through only numbers of seconds.
 		const std::string Timeout = CommandLine.Get(LockTimeoutOption.Name, "30");
+		const double TimeoutSeconds = std::stod(Timeout);
 		const std::string ProjectDir = ToUtf8(Project.ProjectDir);
-		const ELockResult Result = Lock.Lock(ProjectDir, Access, std::stod(Timeout), [&](pid_t Holder)
+		const ELockResult Result = Lock.Lock(ProjectDir, Access, TimeoutSeconds, [&](pid_t Holder)
 		{
 			std::fprintf(stderr, "cvai: the project '%s' is in use by process %d; waiting up to %s s\n", ProjectDir.c_str(), (int)Holder, Timeout.c_str());
 		});
@@ -118,7 +120,7 @@ namespace UE::Headless::Cvai
 		case ELockResult::Locked:
 			return ExitOk;
 		case ELockResult::Busy:
-			if (std::stod(Timeout) > 0)
+			if (TimeoutSeconds > 0)
 			{
 				std::fprintf(stderr, "cvai: the project '%s' is still in use by process %d after %s s\n", ProjectDir.c_str(), (int)Lock.GetHolder(), Timeout.c_str());
 			}

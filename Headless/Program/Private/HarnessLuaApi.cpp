@@ -279,8 +279,13 @@ namespace UE::Headless
 		// changes; true, or false and the reason.
 		int SavePackagesLua(lua_State* L)
 		{
+			lua_Integer Count = 0;
+			if (!lua_isnoneornil(L, 1))
+			{
+				luaL_checktype(L, 1, LUA_TTABLE);
+				Count = (lua_Integer)lua_rawlen(L, 1);
+			}
 			TArray<UPackage*> Packages;
-			const lua_Integer Count = lua_isnoneornil(L, 1) ? 0 : (luaL_checktype(L, 1, LUA_TTABLE), (lua_Integer)lua_rawlen(L, 1));
 			for (lua_Integer Index = 1; Index <= Count; ++Index)
 			{
 				lua_rawgeti(L, 1, Index);
