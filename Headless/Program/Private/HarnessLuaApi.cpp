@@ -279,20 +279,26 @@ namespace UE::Headless
 		// changes; true, or false and the reason.
 		int SavePackagesLua(lua_State* L)
 		{
+			// Every refusal comes before the first C++ object: a Lua error unwinds past destructors.
 			lua_Integer Count = 0;
 			if (!lua_isnoneornil(L, 1))
 			{
 				luaL_checktype(L, 1, LUA_TTABLE);
 				Count = (lua_Integer)lua_rawlen(L, 1);
 			}
-			TArray<UPackage*> Packages;
 			for (lua_Integer Index = 1; Index <= Count; ++Index)
 			{
-				lua_rawgeti(L, 1, Index);
-				if (lua_type(L, -1) != LUA_TSTRING)
+				if (lua_rawgeti(L, 1, Index) != LUA_TSTRING)
 				{
 					return luaL_error(L, "save_packages: entry %d is a %s, not a package name", (int)Index, luaL_typename(L, -1));
 				}
+				lua_pop(L, 1);
+			}
+
+			TArray<UPackage*> Packages = Count == 0 ? GetUnsavedPackages() : TArray<UPackage*>();
+			for (lua_Integer Index = 1; Index <= Count; ++Index)
+			{
+				lua_rawgeti(L, 1, Index);
 				const FString Name = CheckText(L, -1);
 				lua_pop(L, 1);
 				UPackage* Package = FindPackage(Name);
@@ -303,10 +309,6 @@ namespace UE::Headless
 					return 2;
 				}
 				Packages.AddUnique(Package);
-			}
-			if (Count == 0)
-			{
-				Packages = GetUnsavedPackages();
 			}
 			FString Error;
 			if (!SaveChangedPackages(Packages, Error))
