@@ -12,14 +12,16 @@ namespace UE::Headless::Cvai
 {
 	namespace
 	{
-		void RouteEngineLog(const std::string& ProjectDir, bool bVerbose)
+		// A reader adds to the log file, since other readers may be writing it at the same time; a writer, alone on the
+		// project, starts it afresh.
+		void RouteEngineLog(const std::string& ProjectDir, bool bVerbose, bool bAppend)
 		{
 			namespace fs = std::filesystem;
 			std::error_code Error;
 			const fs::path LogDir = fs::path(ProjectDir) / "Saved" / "Logs";
 			fs::create_directories(LogDir, Error);
 			// Without the file the log still reaches stderr: a read-only project is no reason to refuse.
-			std::shared_ptr<FILE> LogFile = OpenLogFile((LogDir / "cvai.log").string());
+			std::shared_ptr<FILE> LogFile = OpenLogFile((LogDir / "cvai.log").string(), bAppend);
 			SetEngineLogListener([LogFile, bVerbose](const FEngineLogLine& Line)
 			{
 				const std::string Text = ToUtf8(Line.Format());
@@ -48,11 +50,11 @@ namespace UE::Headless::Cvai
 		return Syntax;
 	}
 
-	std::shared_ptr<FILE> OpenLogFile(const std::string& Path)
+	std::shared_ptr<FILE> OpenLogFile(const std::string& Path, bool bAppend)
 	{
 		// A shared_ptr given a null pointer and a deleter still calls the deleter, and fclose(NULL) crashes:
 		// only an open file gets one.
-		FILE* File = std::fopen(Path.c_str(), "w");
+		FILE* File = std::fopen(Path.c_str(), bAppend ? "a" : "w");
 		if (!File)
 		{
 			return nullptr;
@@ -93,7 +95,7 @@ namespace UE::Headless::Cvai
 		{
 			return Exit;
 		}
-		RouteEngineLog(ToUtf8(Project.ProjectDir), CommandLine.Has(VerboseOption.Name));
+		RouteEngineLog(ToUtf8(Project.ProjectDir), CommandLine.Has(VerboseOption.Name), Access == EProjectAccess::Read);
 		bEngineLogRouted = true;
 		FString Error;
 		const FScopedActivity Activity(TEXT("starting the editor on ") + Project.ProjectDir);

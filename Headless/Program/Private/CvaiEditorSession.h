@@ -21,9 +21,9 @@ namespace UE::Headless::Cvai
 	// after its own listed ones.
 	FCommandSyntax WithStartupOptions(FCommandSyntax Syntax);
 
-	// A file opened for writing, closed when its last user lets go; null when it cannot be opened, with errno
-	// saying why.
-	std::shared_ptr<FILE> OpenLogFile(const std::string& Path);
+	// A file opened for writing (from its start, or at its end with bAppend), closed when its last user lets go; null
+	// when it cannot be opened, with errno saying why.
+	std::shared_ptr<FILE> OpenLogFile(const std::string& Path, bool bAppend = false);
 
 	class FEditorSession
 	{
