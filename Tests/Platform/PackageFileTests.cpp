@@ -138,22 +138,24 @@ TEST(PackageFile, BrokenFilesCreateNothing)
 	ASSERT_TRUE(Project.Start());
 	const std::string Header = "{\"format\": \"cvai-headless-package\", \"version\": 1, \"package\": \"/Game/Bad/Pkg\", \"objects\": ";
 	const std::string GoodMaterial = "{\"name\": \"Good\", \"class\": \"Material\", \"outer\": \"\", \"flags\": [\"RF_Public\", \"RF_Standalone\"], \"properties\": {}}";
+	const std::string Improper = "The JSON document has an improper structure: missing or superfluous commas, braces, missing keys, etc.";
 	const struct
 	{
 		std::string Text;
 		std::string Detail;
 	} Cases[] = {
-		{ Header + "[" + GoodMaterial, "it is not a complete JSON document" },
+		{ Header + "[" + GoodMaterial, "its JSON text is damaged: " + Improper },
 		{ "{\"format\": \"other\", \"version\": 1, \"objects\": [" + GoodMaterial + "]}", "its format is not 'cvai-headless-package'" },
 		{ "[" + GoodMaterial + "]", "its format is not 'cvai-headless-package'" },
-		{ "{\"format\": \"cvai-headless-package\", \"version\": 2, \"objects\": [" + GoodMaterial + "]}", "its version is not 1" },
-		{ "{\"format\": \"cvai-headless-package\", \"version\": \"1\", \"objects\": []}", "its version is not 1" },
-		{ Header + "{}}", "'objects' is not a list" },
+		{ "{\"format\": \"cvai-headless-package\", \"version\": 3, \"objects\": [" + GoodMaterial + "]}",
+			"it was written by a newer format version 3; this build reads up to 2" },
+		{ "{\"format\": \"cvai-headless-package\", \"version\": \"1\", \"objects\": []}", "its version is not a whole number" },
+		{ Header + "{}}", "objects is not a list" },
 		{ Header + "[" + GoodMaterial + ", {\"name\": \"Pkg\", \"class\": \"Bogus\"}]}", "objects[1] has the unknown class 'Bogus'" },
 		{ Header + "[" + GoodMaterial + ", {\"name\": \"Pkg\", \"class\": \"StaticMesh\", \"properties\": {\"static_materials\": [], \"nanite\": "
 			"{\"enabled\": false, \"assembly\": {\"parts\": [], \"nodes\": []}}, \"geometry\": {\"positions\": [], \"triangles\": [[0, 1, 2, 0]], "
 			"\"polygon_groups\": [], \"sections\": []}}}]}",
-			"objects[1] (Pkg): a triangle refers to a vertex that does not exist" },
+			"objects[1].properties.geometry.triangles[0][0] is out of range: 0 is not from 0 to -1" },
 	};
 	for (const auto& Case : Cases)
 	{
