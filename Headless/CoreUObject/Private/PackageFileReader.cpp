@@ -49,7 +49,9 @@ namespace UE::Headless
 	struct FPackageDocument::FImpl
 	{
 		FString Filename;
-		FFileBytes Bytes;
+		FMappedFile File;
+		// The JSON text, copied with the padding that simdjson reads past its end.
+		simdjson::padded_string Text;
 		simdjson::dom::parser Parser;
 		FElement Root;
 		int32 Version = 0;
@@ -86,20 +88,21 @@ namespace UE::Headless
 	{
 		Impl = std::make_unique<FImpl>();
 		Impl->Filename = Filename;
-		if (!ReadWholeFile(Filename, simdjson::SIMDJSON_PADDING, Impl->Bytes, OutError))
+		if (!Impl->File.Open(Filename, OutError))
 		{
 			return false;
 		}
-		const char* Text = reinterpret_cast<const char*>(Impl->Bytes.Data.get());
-		const int64 Size = Impl->Bytes.Size;
+		const char* Bytes = reinterpret_cast<const char*>(Impl->File.GetData());
+		const int64 Size = Impl->File.GetSize();
 		if (Size == 0)
 		{
 			return Impl->Refuse(TEXT("it is empty"), OutError);
 		}
 		// No JSON text holds a NUL byte: the first one is where the binary section starts.
-		const void* Marker = std::memchr(Text, 0, (size_t)Size);
-		const int64 TextSize = Marker ? static_cast<const char*>(Marker) - Text : Size;
-		const simdjson::error_code ParseError = Impl->Parser.parse(Text, (size_t)TextSize, false).get(Impl->Root);
+		const void* Marker = std::memchr(Bytes, 0, (size_t)Size);
+		const int64 TextSize = Marker ? static_cast<const char*>(Marker) - Bytes : Size;
+		Impl->Text = simdjson::padded_string(Bytes, (size_t)TextSize);
+		const simdjson::error_code ParseError = Impl->Parser.parse(Impl->Text).get(Impl->Root);
 		if (ParseError == simdjson::EMPTY)
 		{
 			return Impl->Refuse(TEXT("it holds no JSON text"), OutError);
@@ -146,7 +149,7 @@ namespace UE::Headless
 	// The section is a NUL byte, the tables (binary_size bytes) and their 64-bit XXH3 hash, little-endian.
 	bool FPackageDocument::FImpl::CheckBinarySection(const simdjson::dom::object& Object, int64 TextSize, FString& OutError)
 	{
-		const int64 Trailing = Bytes.Size - TextSize;
+		const int64 Trailing = File.GetSize() - TextSize;
 		FElement SizeElement;
 		if (Object["binary_size"].get(SizeElement))
 		{
@@ -168,7 +171,7 @@ namespace UE::Headless
 		{
 			return Refuse(FString::Printf(TEXT("it has %lld bytes after its binary section"), (long long)(Trailing - Expected)), OutError);
 		}
-		Binary = Bytes.Data.get() + TextSize + 1;
+		Binary = File.GetData() + TextSize + 1;
 		BinarySize = Announced;
 		XXH64_hash_t Stored;
 		std::memcpy(&Stored, Binary + BinarySize, sizeof(Stored));

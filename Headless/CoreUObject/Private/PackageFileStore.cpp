@@ -9,6 +9,7 @@
 #include <cstring>
 #include <fcntl.h>
 #include <filesystem>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -250,49 +251,49 @@ namespace UE::Headless
 		return true;
 	}
 
-	bool ReadWholeFile(const FString& Filename, int64 Padding, FFileBytes& OutBytes, FString& OutError)
+	FMappedFile::~FMappedFile()
+	{
+		if (Size > 0)
+		{
+			munmap(const_cast<uint8*>(Data), (size_t)Size);
+		}
+	}
+
+	bool FMappedFile::Open(const FString& Filename, FString& OutError)
 	{
 		const int Descriptor = open(ToUtf8(Filename).c_str(), O_RDONLY | O_CLOEXEC);
 		struct stat Status;
-		if (Descriptor < 0 || fstat(Descriptor, &Status) != 0 || !S_ISREG(Status.st_mode))
+		int Error = 0;
+		if (Descriptor < 0 || fstat(Descriptor, &Status) != 0)
 		{
-			const int Error = Descriptor < 0 ? errno : EISDIR;
-			if (Descriptor >= 0)
+			Error = errno;
+		}
+		else if (!S_ISREG(Status.st_mode))
+		{
+			Error = EISDIR;
+		}
+		else if (Status.st_size > 0)
+		{
+			void* Mapping = mmap(nullptr, (size_t)Status.st_size, PROT_READ, MAP_PRIVATE | MAP_POPULATE, Descriptor, 0);
+			if (Mapping == MAP_FAILED)
 			{
-				close(Descriptor);
+				Error = errno;
 			}
+			else
+			{
+				Data = static_cast<const uint8*>(Mapping);
+				Size = (int64)Status.st_size;
+			}
+		}
+		if (Descriptor >= 0)
+		{
+			close(Descriptor);
+		}
+		if (Error != 0)
+		{
 			OutError = FString::Printf(TEXT("cannot open package file '%s': %s"), *Filename, *Reason(Error));
 			return false;
 		}
-		// The size may change while it is read; what was read is what counts.
-		int64 Capacity = (int64)Status.st_size;
-		OutBytes.Data.reset(new uint8[(size_t)(Capacity + Padding)]);
-		OutBytes.Size = 0;
-		while (true)
-		{
-			const ssize_t Read = read(Descriptor, OutBytes.Data.get() + OutBytes.Size, (size_t)(Capacity - OutBytes.Size));
-			if (Read < 0 && errno == EINTR)
-			{
-				continue;
-			}
-			if (Read < 0)
-			{
-				OutError = FString::Printf(TEXT("cannot read package file '%s': %s"), *Filename, *Reason(errno));
-				close(Descriptor);
-				return false;
-			}
-			if (Read == 0)
-			{
-				break;
-			}
-			OutBytes.Size += Read;
-			if (OutBytes.Size == Capacity)
-			{
-				break;
-			}
-		}
-		close(Descriptor);
-		std::memset(OutBytes.Data.get() + OutBytes.Size, 0, (size_t)(Capacity - OutBytes.Size + Padding));
 		return true;
 	}
 

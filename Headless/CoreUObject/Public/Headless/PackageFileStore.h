@@ -38,13 +38,23 @@ namespace UE::Headless
 	// (which a rename would otherwise ignore). A file that does not exist can be replaced.
 	COREUOBJECT_API bool CanReplaceFile(const FString& Filename, FString& OutError);
 
-	// A whole file in memory, followed by Padding zero bytes that readers may look at.
-	struct FFileBytes
+	// A whole file, mapped read-only: a large package is read straight from the page cache, without a copy.
+	class COREUOBJECT_API FMappedFile
 	{
-		std::unique_ptr<uint8[]> Data;
+	public:
+		FMappedFile() = default;
+		~FMappedFile();
+		FMappedFile(const FMappedFile&) = delete;
+		FMappedFile& operator=(const FMappedFile&) = delete;
+
+		bool Open(const FString& Filename, FString& OutError);
+		[[nodiscard]] const uint8* GetData() const { return Data; }
+		[[nodiscard]] int64 GetSize() const { return Size; }
+
+	private:
+		const uint8* Data = nullptr;
 		int64 Size = 0;
 	};
-	COREUOBJECT_API bool ReadWholeFile(const FString& Filename, int64 Padding, FFileBytes& OutBytes, FString& OutError);
 
 	// The existing file or folder whose path equals Path ignoring letter case, else empty.
 	COREUOBJECT_API FString FindPathIgnoringCase(const FString& Path);
