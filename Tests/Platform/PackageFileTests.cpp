@@ -1,6 +1,5 @@
 // Package files: writing and reading them, saving from the editor, and what the asset registry reports.
-#include "PlatformTestUtils.h"
-#include "TestProject.h"
+#include "PackageFileTestUtils.h"
 
 #include "AssetRegistry/AssetData.h"
 #include "AssetRegistry/IAssetRegistry.h"
@@ -30,50 +29,12 @@
 #include <fstream>
 #include <sstream>
 
+using namespace PackageFileTest;
 using PlatformTest::Utf8;
 namespace fs = std::filesystem;
 
 namespace
 {
-	const EObjectFlags AssetFlags = RF_Public | RF_Standalone;
-
-	std::string ReadText(const FString& Filename)
-	{
-		std::ifstream In(Utf8(Filename), std::ios::binary);
-		std::stringstream Buffer;
-		Buffer << In.rdbuf();
-		return Buffer.str();
-	}
-
-	FString ContentFile(FTestProject& Project, const TCHAR* RelativePath)
-	{
-		return Project.GetDir() + TEXT("/Content/") + RelativePath;
-	}
-
-	UStaticMesh* MakeMesh(const TCHAR* PackageName, const TCHAR* AssetName)
-	{
-		return NewObject<UStaticMesh>(CreatePackage(PackageName), FName(AssetName), AssetFlags);
-	}
-
-	bool Save(std::initializer_list<UPackage*> Packages, bool bOnlyDirty)
-	{
-		TArray<UPackage*> List;
-		for (UPackage* Package : Packages)
-		{
-			List.Add(Package);
-		}
-		return UEditorLoadingAndSavingUtils::SavePackages(List, bOnlyDirty);
-	}
-
-	// Everything a mesh keeps, bit for bit, with references by path: what its transactions record.
-	TArray<uint8> StateOf(UStaticMesh& Mesh)
-	{
-		TArray<uint8> State;
-		FMemoryWriter Writer(State);
-		Mesh.Serialize(Writer);
-		return State;
-	}
-
 	std::string DescribeMaterials(const UStaticMesh& Mesh)
 	{
 		const auto PathOf = [](const UObject* Object) { return Object ? Utf8(Object->GetPathName()) : std::string("null"); };
@@ -93,17 +54,6 @@ namespace
 			Text += "\n";
 		}
 		return Text;
-	}
-
-	std::vector<std::string> FilesUnder(const FString& Folder)
-	{
-		std::vector<std::string> Names;
-		for (const fs::directory_entry& Entry : fs::recursive_directory_iterator(Utf8(Folder)))
-		{
-			Names.push_back(fs::relative(Entry.path(), Utf8(Folder)).string());
-		}
-		std::sort(Names.begin(), Names.end());
-		return Names;
 	}
 }
 
