@@ -22,9 +22,6 @@ namespace
 	static_assert(sizeof(FElement) <= 16 && alignof(FElement) <= 8 && std::is_trivially_copyable_v<FElement>);
 	static_assert(sizeof(FArrayPosition) <= 16 && alignof(FArrayPosition) <= 8 && std::is_trivially_copyable_v<FArrayPosition>);
 
-	// Records checked and handed on at a time.
-	constexpr int64 RecordsPerChunk = 4096;
-
 	// simdjson gives the count of a list this long or longer as this, and it must be counted.
 	constexpr size_t SaturatedListSize = 0xFFFFFF;
 
@@ -445,7 +442,7 @@ namespace UE::Headless
 		const int64 NumRecords = Num();
 		Sink.Reserve(NumRecords);
 		std::vector<uint32> Words;
-		Words.reserve((size_t)(std::min(NumRecords, RecordsPerChunk) * NumFields));
+		Words.reserve((size_t)(std::min(NumRecords, PackageRecordsPerChunk) * NumFields));
 		for (const FPackageValue& Record : Elements())
 		{
 			const int64 NumValues = Record.Num();
@@ -464,9 +461,9 @@ namespace UE::Headless
 			{
 				return;
 			}
-			if ((int64)Words.size() == RecordsPerChunk * NumFields)
+			if ((int64)Words.size() == PackageRecordsPerChunk * NumFields)
 			{
-				Sink.Consume(Words.data(), RecordsPerChunk);
+				Sink.Consume(Words.data(), PackageRecordsPerChunk);
 				Words.clear();
 			}
 		}
@@ -505,11 +502,11 @@ namespace UE::Headless
 			}
 		}
 		Sink.Reserve(NumRecords);
-		std::vector<uint32> Words((size_t)(std::min(NumRecords, RecordsPerChunk) * NumFields));
+		std::vector<uint32> Words((size_t)(std::min(NumRecords, PackageRecordsPerChunk) * NumFields));
 		const uint8* Bytes = Source.Binary + Offset;
-		for (int64 First = 0; First < NumRecords; First += RecordsPerChunk)
+		for (int64 First = 0; First < NumRecords; First += PackageRecordsPerChunk)
 		{
-			const int64 Count = std::min(RecordsPerChunk, NumRecords - First);
+			const int64 Count = std::min(PackageRecordsPerChunk, NumRecords - First);
 			std::memcpy(Words.data(), Bytes + First * RecordSize, (size_t)(Count * RecordSize));
 			for (const int32 Field : CheckedFields)
 			{

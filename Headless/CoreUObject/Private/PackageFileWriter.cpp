@@ -15,12 +15,6 @@
 
 static_assert(std::endian::native == std::endian::little, "the binary section is little-endian and written as the memory holds it");
 
-namespace
-{
-	// Records produced and written at a time: large enough to amortise the calls, small enough to stay in cache.
-	constexpr int64 RecordsPerChunk = 4096;
-}
-
 namespace UE::Headless
 {
 	struct FPackageFileWriter::FBinaryTable
@@ -100,10 +94,10 @@ namespace UE::Headless
 		std::vector<uint32> Words;
 		for (const std::unique_ptr<FBinaryTable>& Table : BinaryTables)
 		{
-			Words.resize((size_t)(RecordsPerChunk * Table->NumFields));
-			for (int64 First = 0; First < Table->NumRecords; First += RecordsPerChunk)
+			Words.resize((size_t)(PackageRecordsPerChunk * Table->NumFields));
+			for (int64 First = 0; First < Table->NumRecords; First += PackageRecordsPerChunk)
 			{
-				const int64 Count = std::min(RecordsPerChunk, Table->NumRecords - First);
+				const int64 Count = std::min(PackageRecordsPerChunk, Table->NumRecords - First);
 				Table->Source->Produce(Words.data(), Count);
 				const int64 Size = Count * Table->NumFields * (int64)sizeof(uint32);
 				XXH3_64bits_update(&Hash, Words.data(), (size_t)Size);

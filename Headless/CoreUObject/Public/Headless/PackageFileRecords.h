@@ -24,6 +24,10 @@ namespace UE::Headless
 
 	using FPackageRecordLayout = TConstArrayView<FPackageRecordField>;
 
+	// Records pass between the tables and their sources and sinks in chunks of at most this many: few calls, and
+	// a chunk stays in the cache.
+	inline constexpr int64 PackageRecordsPerChunk = 4096;
+
 	// Hands a table's records to the writer, in order, each as one 32-bit word per field (an int32's or a
 	// float's bits). The writer may ask for them after the codec has returned, so a source owns what it needs.
 	class FPackageRecordSource
