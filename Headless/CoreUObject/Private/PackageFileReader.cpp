@@ -35,6 +35,11 @@ namespace
 		return *std::launder(reinterpret_cast<FArrayPosition*>(Storage));
 	}
 
+	const FArrayPosition& PositionAt(const uint8* Storage)
+	{
+		return *std::launder(reinterpret_cast<const FArrayPosition*>(Storage));
+	}
+
 	FString Damaged(const FString& Filename, const FString& Detail)
 	{
 		return FString::Printf(TEXT("'%s' is not a valid package file: %s"), *Filename, *Detail);
@@ -152,10 +157,14 @@ namespace UE::Headless
 		{
 			return Trailing == 0 || Refuse(TEXT("it has bytes after its JSON text"), OutError);
 		}
-		int64_t Announced = 0;
-		if (Version < 2 || SizeElement.get_int64().get(Announced) || Announced < 0)
+		if (Version < 2)
 		{
-			return Refuse(TEXT("binary_size is not a size of this version's binary section"), OutError);
+			return Refuse(FString::Printf(TEXT("it announces a binary section, which files of version %d do not have"), Version), OutError);
+		}
+		int64_t Announced = 0;
+		if (SizeElement.type() != EJsonType::INT64 || SizeElement.get_int64().get(Announced) || Announced < 0)
+		{
+			return Refuse(TEXT("binary_size is not a whole number of bytes"), OutError);
 		}
 		const int64 Expected = 1 + Announced + (int64)sizeof(XXH64_hash_t);
 		if (Trailing < Expected)
@@ -534,7 +543,7 @@ namespace UE::Headless
 
 	FPackageValue FPackageValue::FIterator::operator*() const
 	{
-		const FElement Child = *PositionAt(const_cast<uint8*>(Position));
+		const FElement Child = *PositionAt(Position);
 		return FPackageValue(List.Document, &List, nullptr, Index, &Child);
 	}
 

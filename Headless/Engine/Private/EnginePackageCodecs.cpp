@@ -124,68 +124,125 @@ namespace
 		return Object.HasMember(Key) ? Object.Member(Key).AsFloat() : Default;
 	}
 
-	class FNodeSource final : public FPackageRecordSource
+	// The records of a TArray, one element each, written and read through a pair of functions.
+	template <typename T, int32 NumFields>
+	class TArrayRecordSource final : public FPackageRecordSource
 	{
 	public:
-		explicit FNodeSource(const TArray<FNaniteAssemblyNode>& InNodes)
-			: Nodes(InNodes)
+		using FEncode = void (*)(const T& Item, uint32* OutWords);
+
+		TArrayRecordSource(const TArray<T>& InItems, FEncode InEncode)
+			: Items(InItems)
+			, Encode(InEncode)
 		{
 		}
 
 		void Produce(uint32* OutWords, int64 NumRecords) override
 		{
-			for (int64 Record = 0; Record < NumRecords; ++Record, OutWords += NodeFields)
+			for (int64 Record = 0; Record < NumRecords; ++Record, OutWords += NumFields)
 			{
-				const FNaniteAssemblyNode& Node = Nodes[(int32)Next++];
-				const FTransform3f& Transform = Node.Transform;
-				OutWords[0] = Bits(Node.PartIndex);
-				OutWords[1] = Bits((int32)Node.TransformSpace);
-				for (int32 Lane = 0; Lane < 4; ++Lane)
-				{
-					OutWords[2 + Lane] = Bits(Transform.GetRotationLane(Lane));
-				}
-				for (int32 Lane = 0; Lane < 3; ++Lane)
-				{
-					OutWords[6 + Lane] = Bits(Transform.GetTranslationLane(Lane));
-					OutWords[9 + Lane] = Bits(Transform.GetScale3DLane(Lane));
-				}
+				Encode(Items[(int32)Next++], OutWords);
 			}
 		}
 
 	private:
-		const TArray<FNaniteAssemblyNode>& Nodes;
+		const TArray<T>& Items;
+		FEncode Encode;
 		int64 Next = 0;
 	};
 
-	class FNodeSink final : public FPackageRecordSink
+	template <typename T, int32 NumFields>
+	class TArrayRecordSink final : public FPackageRecordSink
 	{
 	public:
-		explicit FNodeSink(TArray<FNaniteAssemblyNode>& InNodes)
-			: Nodes(InNodes)
+		using FDecode = void (*)(const uint32* Words, T& OutItem);
+
+		TArrayRecordSink(TArray<T>& InItems, FDecode InDecode)
+			: Items(InItems)
+			, Decode(InDecode)
 		{
 		}
 
 		void Reserve(int64 NumRecords) override
 		{
-			Nodes.Reserve((int32)NumRecords);
+			Items.Reserve(Items.Num() + (int32)NumRecords);
 		}
 
 		void Consume(const uint32* Words, int64 NumRecords) override
 		{
-			for (int64 Record = 0; Record < NumRecords; ++Record, Words += NodeFields)
+			for (int64 Record = 0; Record < NumRecords; ++Record, Words += NumFields)
 			{
-				FNaniteAssemblyNode& Node = Nodes.AddDefaulted_GetRef();
-				Node.PartIndex = IntOf(Words[0]);
-				Node.TransformSpace = (ENaniteAssemblyNodeTransformSpace)IntOf(Words[1]);
-				Node.Transform.SetRotation(FQuat4f(FloatOf(Words[2]), FloatOf(Words[3]), FloatOf(Words[4]), FloatOf(Words[5])));
-				Node.Transform.SetTranslation(FVector3f(FloatOf(Words[6]), FloatOf(Words[7]), FloatOf(Words[8])));
-				Node.Transform.SetScale3D(FVector3f(FloatOf(Words[9]), FloatOf(Words[10]), FloatOf(Words[11])));
+				Decode(Words, Items.AddDefaulted_GetRef());
 			}
 		}
 
 	private:
-		TArray<FNaniteAssemblyNode>& Nodes;
+		TArray<T>& Items;
+		FDecode Decode;
 	};
+
+	void EncodeNode(const FNaniteAssemblyNode& Node, uint32* OutWords)
+	{
+		const FTransform3f& Transform = Node.Transform;
+		OutWords[0] = Bits(Node.PartIndex);
+		OutWords[1] = Bits((int32)Node.TransformSpace);
+		for (int32 Lane = 0; Lane < 4; ++Lane)
+		{
+			OutWords[2 + Lane] = Bits(Transform.GetRotationLane(Lane));
+		}
+		for (int32 Lane = 0; Lane < 3; ++Lane)
+		{
+			OutWords[6 + Lane] = Bits(Transform.GetTranslationLane(Lane));
+			OutWords[9 + Lane] = Bits(Transform.GetScale3DLane(Lane));
+		}
+	}
+
+	void DecodeNode(const uint32* Words, FNaniteAssemblyNode& OutNode)
+	{
+		OutNode.PartIndex = IntOf(Words[0]);
+		OutNode.TransformSpace = (ENaniteAssemblyNodeTransformSpace)IntOf(Words[1]);
+		OutNode.Transform.SetRotation(FQuat4f(FloatOf(Words[2]), FloatOf(Words[3]), FloatOf(Words[4]), FloatOf(Words[5])));
+		OutNode.Transform.SetTranslation(FVector3f(FloatOf(Words[6]), FloatOf(Words[7]), FloatOf(Words[8])));
+		OutNode.Transform.SetScale3D(FVector3f(FloatOf(Words[9]), FloatOf(Words[10]), FloatOf(Words[11])));
+	}
+
+	void EncodePosition(const FVector3f& Position, uint32* OutWords)
+	{
+		OutWords[0] = Bits(Position.X);
+		OutWords[1] = Bits(Position.Y);
+		OutWords[2] = Bits(Position.Z);
+	}
+
+	void DecodePosition(const uint32* Words, FVector3f& OutPosition)
+	{
+		OutPosition = FVector3f(FloatOf(Words[0]), FloatOf(Words[1]), FloatOf(Words[2]));
+	}
+
+	// A triangle: its three vertex indices and its polygon group.
+	void EncodeTriangle(const UE::Headless::FMeshTriangle& Triangle, uint32* OutWords)
+	{
+		for (int32 Corner = 0; Corner < 3; ++Corner)
+		{
+			OutWords[Corner] = Bits(Triangle.VertexIndices[Corner]);
+		}
+		OutWords[3] = Bits(Triangle.PolygonGroup);
+	}
+
+	void DecodeTriangle(const uint32* Words, UE::Headless::FMeshTriangle& OutTriangle)
+	{
+		for (int32 Corner = 0; Corner < 3; ++Corner)
+		{
+			OutTriangle.VertexIndices[Corner] = IntOf(Words[Corner]);
+		}
+		OutTriangle.PolygonGroup = IntOf(Words[3]);
+	}
+
+	using FNodeSource = TArrayRecordSource<FNaniteAssemblyNode, NodeFields>;
+	using FNodeSink = TArrayRecordSink<FNaniteAssemblyNode, NodeFields>;
+	using FPositionSource = TArrayRecordSource<FVector3f, 3>;
+	using FPositionSink = TArrayRecordSink<FVector3f, 3>;
+	using FTriangleSource = TArrayRecordSource<UE::Headless::FMeshTriangle, 4>;
+	using FTriangleSink = TArrayRecordSink<UE::Headless::FMeshTriangle, 4>;
 
 	// Bone influences, in node order: node index, bone index, weight.
 	class FInfluenceSource final : public FPackageRecordSource
@@ -236,110 +293,6 @@ namespace
 
 	private:
 		TArray<FNaniteAssemblyNode>& Nodes;
-	};
-
-	class FPositionSource final : public FPackageRecordSource
-	{
-	public:
-		explicit FPositionSource(const TArray<FVector3f>& InPositions)
-			: Positions(InPositions)
-		{
-		}
-
-		void Produce(uint32* OutWords, int64 NumRecords) override
-		{
-			for (int64 Record = 0; Record < NumRecords; ++Record, OutWords += 3)
-			{
-				const FVector3f& Position = Positions[(int32)Next++];
-				OutWords[0] = Bits(Position.X);
-				OutWords[1] = Bits(Position.Y);
-				OutWords[2] = Bits(Position.Z);
-			}
-		}
-
-	private:
-		const TArray<FVector3f>& Positions;
-		int64 Next = 0;
-	};
-
-	class FPositionSink final : public FPackageRecordSink
-	{
-	public:
-		explicit FPositionSink(TArray<FVector3f>& InPositions)
-			: Positions(InPositions)
-		{
-		}
-
-		void Reserve(int64 NumRecords) override
-		{
-			Positions.Reserve((int32)NumRecords);
-		}
-
-		void Consume(const uint32* Words, int64 NumRecords) override
-		{
-			for (int64 Record = 0; Record < NumRecords; ++Record, Words += 3)
-			{
-				Positions.Add(FVector3f(FloatOf(Words[0]), FloatOf(Words[1]), FloatOf(Words[2])));
-			}
-		}
-
-	private:
-		TArray<FVector3f>& Positions;
-	};
-
-	// A triangle: its three vertex indices and its polygon group.
-	class FTriangleSource final : public FPackageRecordSource
-	{
-	public:
-		explicit FTriangleSource(const TArray<UE::Headless::FMeshTriangle>& InTriangles)
-			: Triangles(InTriangles)
-		{
-		}
-
-		void Produce(uint32* OutWords, int64 NumRecords) override
-		{
-			for (int64 Record = 0; Record < NumRecords; ++Record, OutWords += 4)
-			{
-				const UE::Headless::FMeshTriangle& Triangle = Triangles[(int32)Next++];
-				OutWords[0] = Bits(Triangle.VertexIndices[0]);
-				OutWords[1] = Bits(Triangle.VertexIndices[1]);
-				OutWords[2] = Bits(Triangle.VertexIndices[2]);
-				OutWords[3] = Bits(Triangle.PolygonGroup);
-			}
-		}
-
-	private:
-		const TArray<UE::Headless::FMeshTriangle>& Triangles;
-		int64 Next = 0;
-	};
-
-	class FTriangleSink final : public FPackageRecordSink
-	{
-	public:
-		explicit FTriangleSink(TArray<UE::Headless::FMeshTriangle>& InTriangles)
-			: Triangles(InTriangles)
-		{
-		}
-
-		void Reserve(int64 NumRecords) override
-		{
-			Triangles.Reserve((int32)NumRecords);
-		}
-
-		void Consume(const uint32* Words, int64 NumRecords) override
-		{
-			for (int64 Record = 0; Record < NumRecords; ++Record, Words += 4)
-			{
-				UE::Headless::FMeshTriangle& Triangle = Triangles.AddDefaulted_GetRef();
-				Triangle.VertexIndices[0] = IntOf(Words[0]);
-				Triangle.VertexIndices[1] = IntOf(Words[1]);
-				Triangle.VertexIndices[2] = IntOf(Words[2]);
-				Triangle.PolygonGroup = IntOf(Words[3]);
-			}
-		}
-
-	private:
-		TArray<UE::Headless::FMeshTriangle>& Triangles;
 	};
 
 	void WriteStaticMaterials(const UStaticMesh& Mesh, FPackageFileWriter& Out)
@@ -426,7 +379,7 @@ namespace
 			NumInfluences += Node.BoneInfluences.Num();
 		}
 		const FPackageRecordField InfluenceLayout[] = { IndexField(Assembly.Nodes.Num()), IntField, FloatField };
-		Out.Key("nodes").Records(NodeLayout, Assembly.Nodes.Num(), std::make_unique<FNodeSource>(Assembly.Nodes));
+		Out.Key("nodes").Records(NodeLayout, Assembly.Nodes.Num(), std::make_unique<FNodeSource>(Assembly.Nodes, &EncodeNode));
 		Out.Key("bone_influences").Records(InfluenceLayout, NumInfluences, std::make_unique<FInfluenceSource>(Assembly.Nodes));
 		Out.EndObject();
 		Out.EndObject();
@@ -442,8 +395,8 @@ namespace
 		const FPackageRecordField TriangleLayout[] = { IndexField(Geometry.Positions.Num()), IndexField(Geometry.Positions.Num()),
 			IndexField(Geometry.Positions.Num()), IntField };
 		Out.Key("geometry").BeginObject();
-		Out.Key("positions").Records(PositionLayout, Geometry.Positions.Num(), std::make_unique<FPositionSource>(Geometry.Positions));
-		Out.Key("triangles").Records(TriangleLayout, Geometry.Triangles.Num(), std::make_unique<FTriangleSource>(Geometry.Triangles));
+		Out.Key("positions").Records(PositionLayout, Geometry.Positions.Num(), std::make_unique<FPositionSource>(Geometry.Positions, &EncodePosition));
+		Out.Key("triangles").Records(TriangleLayout, Geometry.Triangles.Num(), std::make_unique<FTriangleSource>(Geometry.Triangles, &EncodeTriangle));
 		Out.Key("polygon_groups").BeginArray();
 		for (const FName& SlotName : Geometry.PolygonGroupSlotNames)
 		{
@@ -528,7 +481,7 @@ namespace
 	// Version 1 kept each node's bone influences in the node, as a thirteenth value.
 	void ReadVersion1Nodes(const FPackageValue& Nodes, TArray<FNaniteAssemblyNode>& OutNodes)
 	{
-		FNodeSink NodeSink(OutNodes);
+		FNodeSink NodeSink(OutNodes, &DecodeNode);
 		for (const FPackageValue& Entry : Nodes.Elements())
 		{
 			const int64 NumValues = Entry.Num();
@@ -626,7 +579,7 @@ namespace
 			ReadVersion1Nodes(Nodes, Data.Nodes);
 			return;
 		}
-		FNodeSink NodeSink(Data.Nodes);
+		FNodeSink NodeSink(Data.Nodes, &DecodeNode);
 		Nodes.ReadRecords(NodeLayout, NodeSink);
 		const FPackageRecordField InfluenceLayout[] = { IndexField(Data.Nodes.Num()), IntField, FloatField };
 		FInfluenceSink InfluenceSink(Data.Nodes);
@@ -643,11 +596,11 @@ namespace
 		}
 		const FPackageValue Source = In.Member("geometry");
 		Geometry.bHasMeshDescription = true;
-		FPositionSink PositionSink(Geometry.Positions);
+		FPositionSink PositionSink(Geometry.Positions, &DecodePosition);
 		Source.Member("positions").ReadRecords(PositionLayout, PositionSink);
 		const FPackageRecordField TriangleLayout[] = { IndexField(Geometry.Positions.Num()), IndexField(Geometry.Positions.Num()),
 			IndexField(Geometry.Positions.Num()), IntField };
-		FTriangleSink TriangleSink(Geometry.Triangles);
+		FTriangleSink TriangleSink(Geometry.Triangles, &DecodeTriangle);
 		Source.Member("triangles").ReadRecords(TriangleLayout, TriangleSink);
 		const FPackageValue Groups = Source.Member("polygon_groups");
 		for (const FPackageValue& Group : Groups.Elements())
