@@ -97,11 +97,8 @@ TEST(PackageFile, BrokenFilesCreateNothing)
 		{ Header + "[" + GoodMaterial, "its JSON text is damaged: " + Improper },
 		{ "{\"format\": \"other\", \"version\": 1, \"objects\": [" + GoodMaterial + "]}", "its format is not 'cvai-headless-package'" },
 		{ "[" + GoodMaterial + "]", "its format is not 'cvai-headless-package'" },
-		{ "{\"format\": \"cvai-headless-package\", \"version\": 3, \"objects\": [" + GoodMaterial + "]}",
-			"it was written by a newer format version 3; this build reads up to 2" },
 		{ "{\"format\": \"cvai-headless-package\", \"version\": \"1\", \"objects\": []}", "its version is not a whole number" },
 		{ Header + "{}}", "objects is not a list" },
-		{ Header + "[" + GoodMaterial + ", {\"name\": \"Pkg\", \"class\": \"Bogus\"}]}", "objects[1] has the unknown class 'Bogus'" },
 		{ Header + "[" + GoodMaterial + ", {\"name\": \"Pkg\", \"class\": \"StaticMesh\", \"properties\": {\"static_materials\": [], \"nanite\": "
 			"{\"enabled\": false, \"assembly\": {\"parts\": [], \"nodes\": []}}, \"geometry\": {\"positions\": [], \"triangles\": [[0, 1, 2, 0]], "
 			"\"polygon_groups\": [], \"sections\": []}}}]}",
