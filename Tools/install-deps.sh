@@ -6,6 +6,8 @@ packages=(
 	cmake ninja-build make g++          # the build
 	liblua5.4-dev                       # Lua 5.4, as the host runs it
 	nlohmann-json3-dev                  # package files and project files of the headless editor
+	libsimdjson-dev                     # reading package files
+	libxxhash-dev                       # the checksum of a package file's binary section
 	libgtest-dev                        # unit tests
 	libbenchmark-dev                    # benchmark programs
 	clang libclang-rt-dev               # libFuzzer target of the request reader

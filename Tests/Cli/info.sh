@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# cvai info: the readable summary, the JSON table, refusals, and a package file that is not a package.
+# cvai info: the readable summary, the JSON table, refusals, and the reason a package file cannot be read.
 source "$(dirname "$0")/lib/common.sh"
 project=$(new_project Info)
 
@@ -32,7 +32,7 @@ expect_text "$work/err" "static mesh not found: Meshes/Missing"
 expect_status 1 "$cvai" info Meshes/Missing --project "$project" --json
 expect_line "$work/out" '  "error": "static mesh not found: Meshes/Missing"'
 
-# Damaged package files are refused with their file named, never a crash.
+# A package file that exists but cannot be read is reported with its reason instead of "not found", never a crash.
 mkdir -p "$project/Content/Broken"
 head -c 200 "$project/Content/Info/SM_Pair.uasset.json" > "$project/Content/Broken/SM_Truncated.uasset.json"
 echo '{"format": "something-else", "version": 1, "objects": []}' > "$project/Content/Broken/SM_Format.uasset.json"
@@ -41,11 +41,25 @@ echo '{"format": "cvai-headless-package", "version": 1, "objects": [{"name": "SM
 	> "$project/Content/Broken/SM_Types.uasset.json"
 echo '{"format": "cvai-headless-package", "version": 1, "objects": [{"name": "SM_Nodes", "class": "StaticMesh", "properties": {"static_materials": [], "nanite": {"enabled": true, "assembly": {"parts": [], "nodes": [[0, 0, "x"]]}}}}]}' \
 	> "$project/Content/Broken/SM_Nodes.uasset.json"
-for name in SM_Truncated SM_Format SM_Version SM_Types SM_Nodes; do
+: > "$project/Content/Broken/SM_Empty.uasset.json"
+reasons=(
+	"SM_Truncated|its JSON text is damaged: A string is opened, but never closed."
+	"SM_Format|its format is not 'cvai-headless-package'"
+	"SM_Version|it was written by a newer format version 99; this build reads up to 2"
+	"SM_Types|objects[0].properties.static_materials is not a list"
+	"SM_Nodes|objects[0].properties.nanite.assembly.nodes[0] has 3 values instead of 12, or 13 with its bone influences"
+	"SM_Empty|it is empty"
+)
+for entry in "${reasons[@]}"; do
+	name=${entry%%|*}
+	message="'$project/Content/Broken/$name.uasset.json' is not a valid package file: ${entry#*|}"
 	expect_status 1 "$cvai" info "Broken/$name" --project "$project"
-	expect_text "$work/err" "static mesh not found: Broken/$name"
-	expect_text "$work/err" "Content/Broken/$name.uasset.json' is not a valid package file"
+	[ "$(tail -1 "$work/err")" = "cvai: $message" ] || fail "info Broken/$name ended with: $(tail -1 "$work/err")"
+	expect_line "$work/err" "LogLinker: Error: Failed to load package '/Game/Broken/$name': $message"
 done
-expect_text "$project/Saved/Logs/cvai.log" "LogLinker: Error: Failed to load package '/Game/Broken/SM_Nodes'"
+# The same file named by its object path, in another letter case.
+expect_status 1 "$cvai" info /game/broken/sm_empty.SM_Empty --project "$project"
+[ "$(tail -1 "$work/err")" = "cvai: '$project/Content/Broken/SM_Empty.uasset.json' is not a valid package file: it is empty" ] \
+	|| fail "info of an object path ended with: $(tail -1 "$work/err")"
 
 finish

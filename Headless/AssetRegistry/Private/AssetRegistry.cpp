@@ -9,22 +9,14 @@
 #include "UObject/Package.h"
 #include "UObject/UObjectGlobals.h"
 
-#include <nlohmann/json.hpp>
-
 #include <filesystem>
-#include <fstream>
 #include <map>
-#include <sstream>
 
 DEFINE_LOG_CATEGORY_STATIC(LogAssetRegistry, Log, All);
 
 namespace
 {
-	struct FOnDiskAsset
-	{
-		FString Name;
-		FString ClassName;
-	};
+	using FOnDiskAsset = UE::Headless::FPackageFileAsset;
 
 	// The registry reads a package file's table of objects the first time it is asked about it, and again
 	// whenever the file changes.
@@ -105,22 +97,11 @@ namespace
 			{
 				return Found->second.second;
 			}
-			std::vector<FOnDiskAsset> Assets;
-			std::ifstream In(Key, std::ios::binary);
-			std::stringstream Buffer;
-			Buffer << In.rdbuf();
-			const nlohmann::json Document = nlohmann::json::parse(Buffer.str(), nullptr, false);
-			if (!Document.is_discarded() && Document.is_object() && Document.contains("objects") && Document["objects"].is_array())
-			{
-				for (const nlohmann::json& Entry : Document["objects"])
-				{
-					const bool bTopLevel = !Entry.contains("outer") || (Entry["outer"].is_string() && Entry["outer"].get<std::string>().empty());
-					if (Entry.is_object() && bTopLevel && Entry.contains("name") && Entry["name"].is_string() && Entry.contains("class") && Entry["class"].is_string())
-					{
-						Assets.push_back(FOnDiskAsset{ UE::Headless::FromUtf8(Entry["name"].get<std::string>()), UE::Headless::FromUtf8(Entry["class"].get<std::string>()) });
-					}
-				}
-			}
+			// A file that is not a package file holds no assets; loading it reports why.
+			TArray<UE::Headless::FPackageFileAsset> Read;
+			FString Ignored;
+			UE::Headless::ReadPackageFileAssets(Filename, Read, Ignored);
+			std::vector<FOnDiskAsset> Assets(Read.begin(), Read.end());
 			return (Tables[Key] = { Stamp, std::move(Assets) }).second;
 		}
 

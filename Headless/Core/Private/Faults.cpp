@@ -37,6 +37,7 @@ namespace UE::Headless
 			TEXT("EnsurePackageEditable"),
 			TEXT("EnsurePackageEditableForSave"),
 			TEXT("SavePackages"),
+			TEXT("WritePackageFile"),
 		};
 		return Operations;
 	}

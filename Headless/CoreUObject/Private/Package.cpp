@@ -1,12 +1,9 @@
 #include "UObject/Package.h"
 
-#include "Headless/PackageFiles.h"
-#include "Logging/LogMacros.h"
 #include "Misc/PackageName.h"
+#include "PackageLoad.h"
 #include "UObject/UObjectGlobals.h"
 #include "UObject/UObjectHash.h"
-
-DEFINE_LOG_CATEGORY_STATIC(LogPackage, Log, All);
 
 FOnPackageSavedWithContext UPackage::PackageSavedWithContextEvent;
 FOnPackageMarkedDirty UPackage::PackageMarkedDirtyEvent;
@@ -30,11 +27,7 @@ void UPackage::FullyLoad()
 	FString Filename;
 	if (FPackageName::DoesPackageExist(GetName(), &Filename))
 	{
-		FString Error;
-		if (!UE::Headless::ReadPackageFile(*this, Filename, Error))
-		{
-			UE_LOG(LogPackage, Error, TEXT("%s"), *Error);
-		}
+		UE::Headless::Private::LoadPackageFile(*this, GetName(), Filename);
 	}
 	bHasBeenFullyLoaded = true;
 }

@@ -2,36 +2,32 @@
 
 #include "CoreGlobals.h"
 #include "Headless/ObjectRegistry.h"
+#include "Headless/PackageFileReader.h"
+#include "Headless/PackageFileStore.h"
+#include "Headless/PackageFileWriter.h"
 #include "Headless/StringUtils.h"
-#include "Misc/Paths.h"
 #include "ObjectWorld.h"
 #include "UObject/Class.h"
 #include "UObject/Package.h"
 #include "UObject/UObjectGlobals.h"
 #include "UObject/UObjectHash.h"
 
-#include <nlohmann/json.hpp>
-
-#include <cstdio>
-#include <filesystem>
-#include <fstream>
 #include <map>
 #include <set>
-#include <sstream>
-#include <unistd.h>
 
 namespace
 {
-	namespace fs = std::filesystem;
-	using FJson = nlohmann::json;
+	using UE::Headless::FPackageDocument;
+	using UE::Headless::FPackageObjectCodec;
+	using UE::Headless::FPackageValue;
 
-	std::map<std::u16string, UE::Headless::FPackageObjectCodec>& Codecs()
+	std::map<std::u16string, FPackageObjectCodec>& Codecs()
 	{
-		static std::map<std::u16string, UE::Headless::FPackageObjectCodec> Registered;
+		static std::map<std::u16string, FPackageObjectCodec> Registered;
 		return Registered;
 	}
 
-	const UE::Headless::FPackageObjectCodec* FindCodec(const FString& ClassName)
+	const FPackageObjectCodec* FindCodec(const FString& ClassName)
 	{
 		const auto Found = Codecs().find(std::u16string(*ClassName));
 		return Found == Codecs().end() ? nullptr : &Found->second;
@@ -40,20 +36,14 @@ namespace
 	struct FFlagName
 	{
 		EObjectFlags Flag;
-		const char* Name;
+		const TCHAR* Name;
 	};
 
 	constexpr FFlagName SavedFlags[] = {
-		{ RF_Public, "RF_Public" },
-		{ RF_Standalone, "RF_Standalone" },
-		{ RF_Transactional, "RF_Transactional" },
+		{ RF_Public, TEXT("RF_Public") },
+		{ RF_Standalone, TEXT("RF_Standalone") },
+		{ RF_Transactional, TEXT("RF_Transactional") },
 	};
-
-	bool Fail(FString& OutError, const FString& Filename, const FString& Detail)
-	{
-		OutError = FString::Printf(TEXT("'%s' is not a valid package file: %s"), *Filename, *Detail);
-		return false;
-	}
 
 	// The packages whose files are being read now.
 	std::set<const UPackage*>& PackagesBeingRead()
@@ -62,17 +52,72 @@ namespace
 		return Reading;
 	}
 
-	// Where a new file goes: every existing folder along the way is reused whatever its letter case.
-	fs::path ResolveWritePath(const FString& Filename)
+	// What is left out of a file: transient objects and whatever lives inside one, whose outer is not saved.
+	bool IsInsideTransient(const UObject& Object, const UPackage& Package)
 	{
-		const fs::path Wanted(UE::Headless::ToUtf8(Filename));
-		fs::path Result = Wanted.root_path();
-		for (const fs::path& Part : Wanted.relative_path())
+		for (const UObject* Within = &Object; Within && Within != &Package; Within = Within->GetOuter())
 		{
-			const FString Candidate = UE::Headless::FindPathIgnoringCase(UE::Headless::FromUtf8((Result / Part).string()));
-			Result = Candidate.IsEmpty() ? Result / Part : fs::path(UE::Headless::ToUtf8(Candidate));
+			if (Within->HasAnyFlags(RF_Transient))
+			{
+				return true;
+			}
 		}
-		return Result;
+		return false;
+	}
+
+	// One entry of the "objects" list, checked before any object is made so that a bad file creates nothing.
+	struct FObjectEntry
+	{
+		FString Name;
+		const FPackageObjectCodec* Codec = nullptr;
+		FString OuterPath;
+		EObjectFlags Flags = RF_WasLoaded | RF_LoadCompleted;
+	};
+
+	FObjectEntry ReadObjectEntry(const FPackageValue& Entry)
+	{
+		FObjectEntry Parsed;
+		const FPackageValue Name = Entry.Member("name");
+		Parsed.Name = Name.AsString();
+		if (Parsed.Name.IsEmpty())
+		{
+			Name.Fail(TEXT("is empty"));
+		}
+		const FPackageValue Class = Entry.Member("class");
+		const FString ClassName = Class.AsString();
+		Parsed.Codec = FindCodec(ClassName);
+		if (!Parsed.Codec)
+		{
+			Entry.Fail(FString::Printf(TEXT("has the unknown class '%s'"), *ClassName));
+		}
+		if (Entry.HasMember("outer"))
+		{
+			const FPackageValue Outer = Entry.Member("outer");
+			Parsed.OuterPath = Outer.AsString();
+		}
+		if (Entry.HasMember("flags"))
+		{
+			const FPackageValue Flags = Entry.Member("flags");
+			for (const FPackageValue& Flag : Flags.Elements())
+			{
+				const FString FlagName = Flag.AsString();
+				const FFlagName* Known = std::find_if(std::begin(SavedFlags), std::end(SavedFlags), [&FlagName](const FFlagName& Saved) { return FlagName == Saved.Name; });
+				if (Known == std::end(SavedFlags))
+				{
+					Flag.Fail(FString::Printf(TEXT("is not a flag that package files keep: '%s'"), *FlagName));
+				}
+				else
+				{
+					Parsed.Flags |= Known->Flag;
+				}
+			}
+		}
+		const FPackageValue Properties = Entry.Member("properties");
+		if (!Properties.IsObject())
+		{
+			Properties.Fail(TEXT("is not an object"));
+		}
+		return Parsed;
 	}
 }
 
@@ -83,124 +128,56 @@ namespace UE::Headless
 		Codecs()[std::u16string(ClassName)] = Codec;
 	}
 
-	FString FindPathIgnoringCase(const FString& Path)
-	{
-		const fs::path Wanted(ToUtf8(Path));
-		std::error_code Error;
-		if (fs::exists(Wanted, Error))
-		{
-			return Path;
-		}
-		fs::path Result = Wanted.root_path();
-		for (const fs::path& Part : Wanted.relative_path())
-		{
-			if (Part == "." || Part == "..")
-			{
-				Result /= Part;
-				continue;
-			}
-			const fs::path Exact = Result / Part;
-			if (fs::exists(Exact, Error))
-			{
-				Result = Exact;
-				continue;
-			}
-			const FString PartText = FromUtf8(Part.string());
-			bool bFound = false;
-			for (fs::directory_iterator It(Result.empty() ? fs::path(".") : Result, Error), End; !Error && It != End; It.increment(Error))
-			{
-				if (FromUtf8(It->path().filename().string()).Equals(PartText, ESearchCase::IgnoreCase))
-				{
-					Result = It->path();
-					bFound = true;
-					break;
-				}
-			}
-			if (!bFound)
-			{
-				return FString();
-			}
-		}
-		return FromUtf8(Result.string());
-	}
-
 	bool WritePackageFile(UPackage& Package, const FString& Filename, FString& OutError)
 	{
-		// The header is laid out one key per line, format and version first; each object is one compact line.
-		std::string Text = std::string("{\n\t\"format\": \"") + PackageFileFormatName + "\",\n\t\"version\": " + std::to_string(PackageFileFormatVersion)
-			+ ",\n\t\"package\": " + FJson(ToUtf8(Package.GetName())).dump() + ",\n\t\"objects\": [";
-		bool bFirstObject = true;
-
+		// Every object is known to be saveable before the file is touched.
 		TArray<UObject*> Inner;
 		GetObjectsWithOuter(&Package, Inner, true);
+		TArray<UObject*> Saved;
 		for (UObject* Object : Inner)
 		{
-			// What lives inside a transient object is not saved either: its outer is not in the file.
-			bool bTransient = false;
-			for (const UObject* Within = Object; Within && Within != &Package; Within = Within->GetOuter())
-			{
-				bTransient |= Within->HasAnyFlags(RF_Transient);
-			}
-			if (bTransient)
+			if (IsInsideTransient(*Object, Package))
 			{
 				continue;
 			}
-			const FPackageObjectCodec* Codec = FindCodec(Object->GetClass()->GetName());
-			if (!Codec)
+			if (!FindCodec(Object->GetClass()->GetName()))
 			{
 				OutError = FString::Printf(TEXT("cannot save '%s': objects of class %s are not saved by this build"), *Object->GetPathName(),
 					*Object->GetClass()->GetName());
 				return false;
 			}
-			nlohmann::ordered_json Entry;
-			Entry["name"] = ToUtf8(Object->GetName());
-			Entry["class"] = ToUtf8(Object->GetClass()->GetName());
-			Entry["outer"] = ToUtf8(Object->GetOuter() == &Package ? FString() : Object->GetOuter()->GetPathName(&Package));
-			FJson Flags = FJson::array();
+			Saved.Add(Object);
+		}
+
+		FSafeFileWriter Output;
+		if (!Output.Open(Filename, OutError))
+		{
+			return false;
+		}
+		FPackageFileWriter Writer(Output);
+		Writer.BeginDocument(Package.GetName());
+		for (UObject* Object : Saved)
+		{
+			Writer.BeginObjectEntry();
+			Writer.Key("name").String(Object->GetName());
+			Writer.Key("class").String(Object->GetClass()->GetName());
+			Writer.Key("outer").String(Object->GetOuter() == &Package ? FString() : Object->GetOuter()->GetPathName(&Package));
+			Writer.Key("flags").BeginArray();
 			for (const FFlagName& Flag : SavedFlags)
 			{
 				if (Object->HasAnyFlags(Flag.Flag))
 				{
-					Flags.push_back(Flag.Name);
+					Writer.String(Flag.Name);
 				}
 			}
-			Entry["flags"] = Flags;
-			FJson Properties = FJson::object();
-			Codec->Write(*Object, Properties);
-			Entry["properties"] = Properties;
-			Text += (bFirstObject ? "\n\t\t" : ",\n\t\t") + Entry.dump();
-			bFirstObject = false;
+			Writer.EndArray();
+			Writer.Key("properties").BeginObject();
+			FindCodec(Object->GetClass()->GetName())->Write(*Object, Writer);
+			Writer.EndObject();
+			Writer.EndObjectEntry();
 		}
-		Text += bFirstObject ? "]\n}\n" : "\n\t]\n}\n";
-
-		const fs::path Target = ResolveWritePath(Filename);
-		std::error_code Error;
-		fs::create_directories(Target.parent_path(), Error);
-		if (Error)
-		{
-			OutError = FString::Printf(TEXT("cannot create the folder of '%s': %s"), *Filename, *FromUtf8(Error.message()));
-			return false;
-		}
-		const fs::path Temporary = Target.string() + ".tmp-" + std::to_string(getpid());
-		{
-			std::ofstream Out(Temporary, std::ios::binary | std::ios::trunc);
-			Out << Text;
-			Out.flush();
-			if (!Out)
-			{
-				OutError = FString::Printf(TEXT("cannot write '%s'"), *FromUtf8(Temporary.string()));
-				fs::remove(Temporary, Error);
-				return false;
-			}
-		}
-		fs::rename(Temporary, Target, Error);
-		if (Error)
-		{
-			OutError = FString::Printf(TEXT("cannot move '%s' into place: %s"), *FromUtf8(Target.string()), *FromUtf8(Error.message()));
-			fs::remove(Temporary, Error);
-			return false;
-		}
-		return true;
+		Writer.EndDocument();
+		return Output.Commit(OutError);
 	}
 
 	bool ReadPackageFile(UPackage& Package, const FString& Filename, FString& OutError)
@@ -212,63 +189,22 @@ namespace UE::Headless
 		{
 			return true;
 		}
-		std::ifstream In(ToUtf8(Filename), std::ios::binary);
-		if (!In)
+		FPackageDocument Document;
+		if (!Document.Load(Filename, OutError))
 		{
-			OutError = FString::Printf(TEXT("cannot open package file '%s'"), *Filename);
 			return false;
 		}
-		std::stringstream Buffer;
-		Buffer << In.rdbuf();
-
-		const FJson Document = FJson::parse(Buffer.str(), nullptr, false);
-		if (Document.is_discarded())
+		const FPackageValue Root = Document.Root();
+		const FPackageValue Objects = Root.Member("objects");
+		TArray<FObjectEntry> Entries;
+		for (const FPackageValue& Entry : Objects.Elements())
 		{
-			return Fail(OutError, Filename, TEXT("it is not a complete JSON document"));
+			Entries.Add(ReadObjectEntry(Entry));
 		}
-		if (!Document.is_object() || !Document.contains("format") || Document["format"] != PackageFileFormatName)
+		if (Document.HasFault())
 		{
-			return Fail(OutError, Filename, FString::Printf(TEXT("its format is not '%hs'"), PackageFileFormatName));
-		}
-		if (!Document.contains("version") || !Document["version"].is_number_integer() || Document["version"].get<int64_t>() != PackageFileFormatVersion)
-		{
-			return Fail(OutError, Filename, FString::Printf(TEXT("its version is not %d"), PackageFileFormatVersion));
-		}
-		if (!Document.contains("objects") || !Document["objects"].is_array())
-		{
-			return Fail(OutError, Filename, TEXT("'objects' is not a list"));
-		}
-
-		// Every entry is checked before any object is made, so that a bad file creates nothing.
-		const FJson& Objects = Document["objects"];
-		for (size_t Index = 0; Index < Objects.size(); ++Index)
-		{
-			const FJson& Entry = Objects[Index];
-			const FString Where = FString::Printf(TEXT("objects[%d]"), (int32)Index);
-			if (!Entry.is_object() || !Entry.contains("name") || !Entry["name"].is_string() || Entry["name"].get<std::string>().empty())
-			{
-				return Fail(OutError, Filename, Where + TEXT(" has no name"));
-			}
-			if (!Entry.contains("class") || !Entry["class"].is_string())
-			{
-				return Fail(OutError, Filename, Where + TEXT(" has no class"));
-			}
-			if (!FindCodec(FromUtf8(Entry["class"].get<std::string>())))
-			{
-				return Fail(OutError, Filename, FString::Printf(TEXT("%s has the unknown class '%s'"), *Where, *FromUtf8(Entry["class"].get<std::string>())));
-			}
-			if (Entry.contains("outer") && !Entry["outer"].is_string())
-			{
-				return Fail(OutError, Filename, Where + TEXT(" has an outer that is not a text"));
-			}
-			if (Entry.contains("flags") && !Entry["flags"].is_array())
-			{
-				return Fail(OutError, Filename, Where + TEXT(" has flags that are not a list"));
-			}
-			if (Entry.contains("properties") && !Entry["properties"].is_object())
-			{
-				return Fail(OutError, Filename, Where + TEXT(" has properties that are not an object"));
-			}
+			OutError = Document.DescribeFault();
+			return false;
 		}
 
 		// Every object exists before any reads its properties, as the engine creates a package's exports before
@@ -277,65 +213,35 @@ namespace UE::Headless
 		GIsEditorLoadingPackage = true;
 		PackagesBeingRead().insert(&Package);
 		TArray<UObject*> Created;
-		bool bOk = true;
-		for (size_t Index = 0; bOk && Index < Objects.size(); ++Index)
+		for (const FPackageValue& Entry : Objects.Elements())
 		{
-			const FJson& Entry = Objects[Index];
-			const FString ClassName = FromUtf8(Entry["class"].get<std::string>());
-			UClass* Class = FindCodec(ClassName)->StaticClass();
-			UObject* Outer = &Package;
-			const FString OuterPath = Entry.contains("outer") ? FromUtf8(Entry["outer"].get<std::string>()) : FString();
-			if (!OuterPath.IsEmpty())
+			const FObjectEntry& Parsed = Entries[(int32)Created.Num()];
+			UObject* Outer = Parsed.OuterPath.IsEmpty() ? &Package
+														: StaticFindObject(UObject::StaticClass(), nullptr, Package.GetName() + TEXT(".") + Parsed.OuterPath);
+			if (!Outer)
 			{
-				Outer = StaticFindObject(UObject::StaticClass(), nullptr, Package.GetName() + TEXT(".") + OuterPath);
-			}
-			if (!Class || !Outer)
-			{
-				bOk = Fail(OutError, Filename, FString::Printf(TEXT("objects[%d] cannot be placed (class or outer missing)"), (int32)Index));
+				Entry.Fail(FString::Printf(TEXT("has an outer that the package does not hold before it: '%s'"), *Parsed.OuterPath));
 				break;
 			}
-			EObjectFlags Flags = RF_WasLoaded | RF_LoadCompleted;
-			if (Entry.contains("flags"))
-			{
-				for (const FJson& FlagName : Entry["flags"])
-				{
-					for (const FFlagName& Flag : SavedFlags)
-					{
-						if (FlagName.is_string() && FlagName.get<std::string>() == Flag.Name)
-						{
-							Flags |= Flag.Flag;
-						}
-					}
-				}
-			}
-			Created.Add(Private::ConstructObjectInternal(Class, Outer, FName(FromUtf8(Entry["name"].get<std::string>())), Flags));
+			Created.Add(Private::ConstructObjectInternal(Parsed.Codec->StaticClass(), Outer, FName(Parsed.Name), Parsed.Flags));
 		}
-		for (size_t Index = 0; bOk && Index < Objects.size(); ++Index)
+		int32 Index = 0;
+		for (const FPackageValue& Entry : Objects.Elements())
 		{
-			const FJson& Entry = Objects[Index];
-			const FString ClassName = FromUtf8(Entry["class"].get<std::string>());
-			UObject* Object = Created[(int32)Index];
-			FString CodecError;
-			const FJson Empty = FJson::object();
-			bool bRead = false;
-			try
+			if (Document.HasFault())
 			{
-				bRead = FindCodec(ClassName)->Read(*Object, Entry.contains("properties") ? Entry["properties"] : Empty, CodecError);
+				break;
 			}
-			catch (const std::exception& Exception)
-			{
-				CodecError = FromUtf8(Exception.what());
-			}
-			if (!bRead)
-			{
-				bOk = Fail(OutError, Filename, FString::Printf(TEXT("objects[%d] (%s): %s"), (int32)Index, *Object->GetName(), *CodecError));
-			}
+			const FPackageValue Properties = Entry.Member("properties");
+			Entries[Index].Codec->Read(*Created[Index], Properties);
+			++Index;
 		}
 		GIsEditorLoadingPackage = bWasLoading;
 		PackagesBeingRead().erase(&Package);
 
-		if (!bOk)
+		if (Document.HasFault())
 		{
+			OutError = Document.DescribeFault();
 			for (UObject* Object : Created)
 			{
 				Object->ClearFlags(RF_Public | RF_Standalone);
@@ -346,6 +252,34 @@ namespace UE::Headless
 		for (UObject* Object : Created)
 		{
 			Object->PostLoad();
+		}
+		return true;
+	}
+
+	bool ReadPackageFileAssets(const FString& Filename, TArray<FPackageFileAsset>& OutAssets, FString& OutError)
+	{
+		OutAssets.Reset();
+		FPackageDocument Document;
+		if (!Document.Load(Filename, OutError))
+		{
+			return false;
+		}
+		const FPackageValue Root = Document.Root();
+		const FPackageValue Objects = Root.Member("objects");
+		for (const FPackageValue& Entry : Objects.Elements())
+		{
+			const FObjectEntry Parsed = ReadObjectEntry(Entry);
+			const FPackageValue Class = Entry.Member("class");
+			if (Parsed.OuterPath.IsEmpty())
+			{
+				OutAssets.Add(FPackageFileAsset{ Parsed.Name, Class.AsString() });
+			}
+		}
+		if (Document.HasFault())
+		{
+			OutError = Document.DescribeFault();
+			OutAssets.Reset();
+			return false;
 		}
 		return true;
 	}

@@ -1,6 +1,7 @@
 #include "Misc/PackageName.h"
 
 #include "Headless/PackageFiles.h"
+#include "Headless/PackageFileStore.h"
 #include "Logging/LogMacros.h"
 #include "Misc/Paths.h"
 #include "UObject/NameTypes.h"

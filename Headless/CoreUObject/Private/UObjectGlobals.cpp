@@ -1,10 +1,10 @@
 #include "UObject/UObjectGlobals.h"
 
 #include "Headless/Faults.h"
-#include "Headless/PackageFiles.h"
 #include "Logging/LogMacros.h"
 #include "Misc/PackageName.h"
 #include "ObjectWorld.h"
+#include "PackageLoad.h"
 #include "UObject/Class.h"
 #include "UObject/Package.h"
 
@@ -96,10 +96,8 @@ UPackage* LoadPackage(UPackage* InOuter, const TCHAR* InLongPackageName, uint32 
 		Package = UE::Headless::Private::CreatePackageInternal(
 			FPackageName::TryConvertFilenameToLongPackageName(Filename, CanonicalName) ? CanonicalName : PackageName);
 	}
-	FString Error;
-	if (!UE::Headless::ReadPackageFile(*Package, Filename, Error))
+	if (!UE::Headless::Private::LoadPackageFile(*Package, PackageName, Filename))
 	{
-		UE_LOG(LogLinker, Error, TEXT("Failed to load package '%s': %s"), *PackageName, *Error);
 		if (bCreated)
 		{
 			Package->MarkAsGarbage();

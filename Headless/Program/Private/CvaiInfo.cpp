@@ -1,5 +1,8 @@
 #include "CvaiCommands.h"
 #include "CvaiEditorSession.h"
+#include "Headless/PackageLoadFaults.h"
+#include "Headless/StringUtils.h"
+#include "Misc/PackageName.h"
 
 #include <nlohmann/json.hpp>
 #include <sol/sol.hpp>
@@ -137,6 +140,14 @@ namespace UE::Headless::Cvai
 				YesNo(Result["valid_nanite_data"]), YesNo(Result["compiling"]), YesNo(Result["assemblies_supported"]));
 		}
 
+		// Why the package that PATH names (completed as the verb completes it) could not be loaded, when its file
+		// exists but is not one this build reads; empty otherwise.
+		std::string LoadFaultOf(const std::string& Path)
+		{
+			const FString Completed = (Path.rfind('/', 0) == 0 ? FString() : FString(TEXT("/Game/"))) + FromUtf8(Path);
+			return ToUtf8(GetPackageLoadFault(FPackageName::ObjectPathToPackageName(Completed)));
+		}
+
 		int RunInfo(const FCommandLine& CommandLine)
 		{
 			FEditorSession Editor(CommandLine);
@@ -166,7 +177,8 @@ namespace UE::Headless::Cvai
 			}
 			else
 			{
-				std::fprintf(stderr, "cvai: %s\n", Result.value("error", std::string()).c_str());
+				const std::string Fault = LoadFaultOf(Path);
+				std::fprintf(stderr, "cvai: %s\n", Fault.empty() ? Result.value("error", std::string()).c_str() : Fault.c_str());
 			}
 			return bOk ? ExitOk : ExitFailure;
 		}

@@ -5,7 +5,10 @@
 #include "Headless/AssetRegistryState.h"
 #include "Headless/Faults.h"
 #include "Headless/ObjectRegistry.h"
+#include "Headless/PackageFileStore.h"
+#include "Headless/PackageLoadFaults.h"
 #include "Internationalization/Internationalization.h"
+#include "Misc/Paths.h"
 #include "StaticMeshCompiler.h"
 #include "Templates/Casts.h"
 #include "UObject/ObjectSaveContext.h"
@@ -37,6 +40,10 @@ namespace UE::Headless
 		FStaticMeshCompilingManager::Get().FinishAllCompilation();
 		ResetObjectWorld();
 		ClearFaults();
+		ClearPackageLoadFaults();
+		// What a save cut short by a crash left beside the project's package files.
+		RemoveStaleTemporaryFiles(FPaths::ProjectContentDir());
+		RemoveStaleTemporaryFiles(FPaths::ProjectSavedDir());
 		Runtime.SavedPackages.Reset();
 		Runtime.StashedEditor = nullptr;
 		SetAssetRegistryAvailable(true);

@@ -5,6 +5,8 @@
 #include "Headless/FatalExit.h"
 #include "Headless/Faults.h"
 #include "Headless/ObjectRegistry.h"
+#include "Headless/PackageBackup.h"
+#include "Headless/PackageFileStore.h"
 #include "Headless/PackageFiles.h"
 #include "Headless/StringUtils.h"
 #include "Logging/LogMacros.h"
@@ -31,8 +33,14 @@ namespace
 			FString Existing;
 			if (FPackageName::DoesPackageExist(PackageName, &Existing))
 			{
-				std::error_code Error;
-				std::filesystem::remove(UE::Headless::ToUtf8(Existing), Error);
+				FString Error;
+				if (!UE::Headless::BackupPackageFile(PackageName, Existing, Error))
+				{
+					UE_LOG(LogFileHelpers, Error, TEXT("The asset '%s' (%s) failed to save. %s"), *PackageName, *Existing, *Error);
+					return false;
+				}
+				std::error_code RemoveError;
+				std::filesystem::remove(UE::Headless::ToUtf8(Existing), RemoveError);
 			}
 			return true;
 		}
@@ -54,8 +62,11 @@ namespace
 			Filename = FPackageName::LongPackageNameToFilename(PackageName, FPackageName::GetAssetPackageExtension());
 		}
 
+		// The steps of a save: refuse a read-only file, keep the file being replaced, then write the new one beside it
+		// and move it into place.
 		FString Error;
-		if (Filename.IsEmpty() || !UE::Headless::WritePackageFile(*Package, Filename, Error))
+		if (Filename.IsEmpty() || !UE::Headless::CanReplaceFile(Filename, Error) || !UE::Headless::BackupPackageFile(PackageName, Filename, Error)
+			|| !UE::Headless::WritePackageFile(*Package, Filename, Error))
 		{
 			UE_LOG(LogFileHelpers, Error, TEXT("The asset '%s' (%s) failed to save. %s"), *PackageName, *Filename, *Error);
 			return false;
