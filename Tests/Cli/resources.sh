@@ -28,7 +28,7 @@ expect_status 0 limited -f 2 "$cvai" run "$work/row.lua" --project "$project"
 expect_file "$work/out" "[FAIL] nanite_assembly_build -> built '/Game/Limits/SM_Row.SM_Row' but failed to save package '/Game/Limits/SM_Row' to disk
 false	built '/Game/Limits/SM_Row.SM_Row' but failed to save package '/Game/Limits/SM_Row' to disk"
 sed 's/\.tmp-[0-9]*/.tmp-PID/' "$work/err" > "$work/err.pidless"
-expect_file "$work/err.pidless" "LogFileHelpers: Error: The asset '/Game/Limits/SM_Row' ($project/Content/Limits/SM_Row.uasset.json) failed to save. cannot write '$project/Content/Limits/SM_Row.uasset.json.tmp-PID'
+expect_file "$work/err.pidless" "LogFileHelpers: Error: The asset '/Game/Limits/SM_Row' ($project/Content/Limits/SM_Row.uasset.json) failed to save. cannot write '$project/Content/Limits/SM_Row.uasset.json.tmp-PID': File too large
 not saved: /Game/Limits/SM_Row"
 [ -z "$(ls -A "$project/Content/Limits")" ] || fail "the failed save left $(ls -A "$project/Content/Limits")"
 

@@ -7,6 +7,7 @@
 #include "FileHelpers.h"
 #include "Headless/CorvaneHost.h"
 #include "Headless/FatalExit.h"
+#include "Headless/PackageFileStore.h"
 #include "UObject/ObjectSaveContext.h"
 #include "UObject/Package.h"
 #include "UObject/UObjectGlobals.h"
@@ -18,6 +19,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <new>
 
 namespace
@@ -102,6 +104,31 @@ namespace
 				AllocateMoreThanTheAddressSpace();
 			},
 			testing::ExitedWithCode(OutOfMemoryStatus), "^Tests: out of memory\n$");
+	}
+
+	TEST_F(FatalExitTest, AFileWriteCutShortLeavesTheOldFileAndNoTemporaryFile)
+	{
+		const std::string Target = MakeFile("SM_Fence.uasset.json");
+		EXPECT_EXIT(
+			{
+				InstallOutOfMemoryHandler("Tests", OutOfMemoryStatus);
+				FSafeFileWriter Writer;
+				FString Error;
+				// The child's own process id names its temporary file.
+				if (!Writer.Open(FString(Target.c_str()), Error) || !fs::exists(Target + ".tmp-" + std::to_string(getpid())))
+				{
+					_exit(1);
+				}
+				Writer.Write("new", 3);
+				AllocateMoreThanTheAddressSpace();
+			},
+			testing::ExitedWithCode(OutOfMemoryStatus), "^Tests: out of memory\n$");
+		for (const fs::directory_entry& Entry : fs::directory_iterator(Dir))
+		{
+			EXPECT_EQ(Entry.path().filename().string().find(".tmp-"), std::string::npos) << Entry.path();
+		}
+		std::ifstream Kept(Target);
+		EXPECT_EQ(std::string(std::istreambuf_iterator<char>(Kept), {}), "written");
 	}
 
 	TEST_F(FatalExitTest, ALuaSessionOutOfMemoryIsNotAnErrorTheScriptCouldCatch)

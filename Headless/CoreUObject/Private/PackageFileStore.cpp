@@ -1,5 +1,6 @@
 #include "Headless/PackageFileStore.h"
 
+#include "Headless/FatalExit.h"
 #include "Headless/Faults.h"
 #include "Headless/StringUtils.h"
 #include "Logging/LogMacros.h"
@@ -84,6 +85,8 @@ namespace UE::Headless
 	{
 		fs::path Target;
 		fs::path Temporary;
+		// Removes the temporary file if the process runs out of memory before the write is committed or discarded.
+		std::unique_ptr<FScopedTemporaryFile> FatalExitCleanup;
 		int Descriptor = -1;
 		std::unique_ptr<uint8[]> Buffer;
 		int64 Buffered = 0;
@@ -124,6 +127,7 @@ namespace UE::Headless
 			OutError = FString::Printf(TEXT("cannot create '%s': %s"), *FromUtf8(State->Temporary.string()), *Reason(errno));
 			return false;
 		}
+		State->FatalExitCleanup = std::make_unique<FScopedTemporaryFile>(State->Temporary.c_str());
 		State->Buffer = std::make_unique<uint8[]>(WriteBufferSize);
 		return true;
 	}
@@ -211,6 +215,7 @@ namespace UE::Headless
 			return false;
 		}
 		State->bCommitted = true;
+		State->FatalExitCleanup.reset();
 		if (!SyncFolder(State->Target.parent_path()))
 		{
 			// The new file is in place and readable; only its survival of a power cut is in doubt.
@@ -232,6 +237,7 @@ namespace UE::Headless
 			unlink(State->Temporary.c_str());
 			State->Temporary.clear();
 		}
+		State->FatalExitCleanup.reset();
 	}
 
 	bool CanReplaceFile(const FString& Filename, FString& OutError)

@@ -18,11 +18,17 @@ namespace UE::Headless::Cvai
 	{
 		constexpr const char* Help = "Prints the readback of one static mesh, as nanite_assembly_info(PATH) returns it: a readable summary, or with\n"
 			"--json the result table as JSON. PATH is completed as the verb completes it (SM_Rock, Meshes/SM_Rock,\n"
-			"/Game/Meshes/SM_Rock, /Game/Meshes/SM_Rock.SM_Rock). Exit status 1 when no static mesh is found.\n";
+			"/Game/Meshes/SM_Rock, /Game/Meshes/SM_Rock.SM_Rock). When the package file exists but cannot be read, the\n"
+			"summary says why instead of \"not found\".\n";
+
+		constexpr const char* ExitStatus = "Exit status: 0 when a static mesh was read back, 1 when none was found or its file cannot be read, 2 for a\n"
+			"usage error (including a folder without a .uproject), 3 when another cvai process kept the project past\n"
+			"--lock-timeout, 4 when memory ran out.\n";
+
+		constexpr FOption JsonOption{ "--json", nullptr, "print the result table as JSON instead of the summary" };
 
 		using FJson = nlohmann::ordered_json;
 
-		constexpr FOption JsonOption{ "--json" };
 
 		// Keys of the readback in the order the verb writes them; any other key follows in name order.
 		const std::vector<std::string> KeyOrder = { "ok", "asset", "object_path", "nanite_enabled", "nanite_settings_enabled", "is_assembly",
@@ -185,7 +191,7 @@ namespace UE::Headless::Cvai
 	}
 
 	const FCommand InfoCommand{ .Run = &RunInfo,
-		.Syntax = { .Name = "info", .Summary = "print the Nanite Assembly readback of a static mesh", .Description = Help,
+		.Syntax = { .Name = "info", .Summary = "print the Nanite Assembly readback of a static mesh", .Description = Help, .ExitStatus = ExitStatus,
 			.Options = { ProjectOption, JsonOption, Unlisted(VerboseOption) },
 			// The verb completes any text as a path, so "-x" is looked up rather than refused.
 			.Positionals = { .Names = { "PATH" }, .MinCount = 1, .DashedWord = EDashedWord::ValueUnlessDoubleDash,
