@@ -12,7 +12,18 @@ packages=(
 	libbenchmark-dev                    # benchmark programs
 	clang libclang-rt-dev               # libFuzzer target of the request reader
 	libclang-dev                        # the build's check for declarations that hide others
+	libassimp-dev assimp-testmodels     # mesh import, and model files nobody here wrote for its tests
+	libtinygltf-dev                     # glTF export
+	chromium                            # the viewer's pictures (headless, software WebGL)
 )
+# Node.js and npm for the viewer's three.js and the glTF validator; a machine that has them from elsewhere
+# (NodeSource's nodejs ships its own npm) keeps them.
+if ! command -v node > /dev/null; then
+	packages+=(nodejs)
+fi
+if ! command -v npm > /dev/null; then
+	packages+=(npm)
+fi
 
 missing=()
 for package in "${packages[@]}"; do
@@ -21,15 +32,20 @@ for package in "${packages[@]}"; do
 	fi
 done
 
-if [ ${#missing[@]} -eq 0 ]; then
-	exit 0
+if [ ${#missing[@]} -gt 0 ]; then
+	echo "Installing: ${missing[*]}"
+	sudo=""
+	if [ "$(id -u)" -ne 0 ]; then
+		sudo="sudo"
+	fi
+	export DEBIAN_FRONTEND=noninteractive
+	$sudo apt-get update -qq
+	$sudo apt-get install -y -qq --no-install-recommends "${missing[@]}"
 fi
 
-echo "Installing: ${missing[*]}"
-sudo=""
-if [ "$(id -u)" -ne 0 ]; then
-	sudo="sudo"
+# The npm packages, exactly as the lock file pins them; again only when the lock changed since the last install.
+web="$(dirname "$0")/Web"
+if [ ! -f "$web/node_modules/.package-lock.json" ] || [ "$web/package-lock.json" -nt "$web/node_modules/.package-lock.json" ]; then
+	echo "Installing the npm packages of $web"
+	(cd "$web" && npm ci --no-audit --no-fund --loglevel=error)
 fi
-export DEBIAN_FRONTEND=noninteractive
-$sudo apt-get update -qq
-$sudo apt-get install -y -qq --no-install-recommends "${missing[@]}"

@@ -1,6 +1,7 @@
 // Rotators, quaternions and the vectorised transform layout.
 #include "PlatformTestUtils.h"
 
+#include "Headless/YUpFrame.h"
 #include "Math/Quat.h"
 #include "Math/Rotator.h"
 #include "Math/TransformVectorized.h"
@@ -185,4 +186,28 @@ TEST(Math, TransformLanesAndNaNDetection)
 	}
 	EXPECT_TRUE(Converted.ContainsNaN());
 	EXPECT_TRUE(FTransform(FTransform3f(Transform)).Equals(Transform, 1e-6));
+}
+
+// The Y-up frame must not mirror the scene: rotating in the engine and then changing frame equals changing
+// frame and then rotating there, a point one metre to the engine's right (+Y) lies on glTF's +Z, and up stays up.
+TEST(Math, YUpFrameKeepsRotationsAndDoesNotMirror)
+{
+	using namespace UE::Headless;
+	EXPECT_EQ(ToYUpPoint(FVector3f(100.0f, 200.0f, 300.0f)), FVector3f(1.0f, 3.0f, 2.0f));
+	EXPECT_EQ(FromYUpPoint(FVector3f(1.0f, 3.0f, 2.0f)), FVector3f(100.0f, 200.0f, 300.0f));
+	EXPECT_EQ(SwapYUpAxes(FVector3f(1.0f, 2.0f, 3.0f)), FVector3f(1.0f, 3.0f, 2.0f));
+
+	const FQuat4f Rotation(FVector3f(0.3f, -0.5f, 0.8f).GetSafeNormal(), 1.1f);
+	const FQuat4f Converted = SwapYUpRotation(Rotation);
+	for (const FVector3f& Vector : { FVector3f(1.0f, 0.0f, 0.0f), FVector3f(0.0f, 1.0f, 0.0f), FVector3f(0.2f, -3.0f, 5.0f) })
+	{
+		const FVector3f Expected = SwapYUpAxes(Rotation.RotateVector(Vector));
+		EXPECT_TRUE(Converted.RotateVector(SwapYUpAxes(Vector)).Equals(Expected, 1e-5f));
+	}
+	EXPECT_EQ(SwapYUpRotation(Converted), Rotation);
+
+	// Yaw of 90 degrees turns forward (+X) to the engine's right (+Y); in glTF that is +X to +Z, a turn of
+	// -90 degrees about +Y, as right-handed maths has it.
+	const FQuat4f Yaw(FVector3f(0.0f, 0.0f, 1.0f), UE_HALF_PI);
+	EXPECT_TRUE(SwapYUpRotation(Yaw).RotateVector(FVector3f(1.0f, 0.0f, 0.0f)).Equals(FVector3f(0.0f, 0.0f, 1.0f), 1e-6f));
 }

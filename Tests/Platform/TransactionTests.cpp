@@ -54,6 +54,7 @@ namespace
 			const UE::Headless::FStaticMeshGeometry& Other = UE::Headless::GetMeshGeometry(Mesh);
 			return Materials == Mesh.GetStaticMaterials() && Settings == Mesh.GetNaniteSettings() && Geometry.NumSourceModels == Other.NumSourceModels
 				&& Geometry.bHasMeshDescription == Other.bHasMeshDescription && Geometry.Positions == Other.Positions
+				&& Geometry.Normals == Other.Normals && Geometry.UVs == Other.UVs
 				&& Geometry.Triangles.Num() == Other.Triangles.Num()
 				&& std::memcmp(Geometry.Triangles.GetData(), Other.Triangles.GetData(), sizeof(UE::Headless::FMeshTriangle) * Other.Triangles.Num()) == 0
 				&& Geometry.PolygonGroupSlotNames == Other.PolygonGroupSlotNames && Geometry.SectionMaterialIndices == Other.SectionMaterialIndices;

@@ -50,6 +50,7 @@ namespace
 		FloatField, FloatField, FloatField, FloatField, FloatField, FloatField, FloatField, FloatField, FloatField, FloatField };
 
 	constexpr FPackageRecordField PositionLayout[] = { FloatField, FloatField, FloatField };
+	constexpr FPackageRecordField UVLayout[] = { FloatField, FloatField };
 
 	// A bone influence of version 1, inside its node: bone index, weight.
 	constexpr FPackageRecordField Version1InfluenceLayout[] = { IntField, FloatField };
@@ -218,6 +219,17 @@ namespace
 		OutPosition = FVector3f(FloatOf(Words[0]), FloatOf(Words[1]), FloatOf(Words[2]));
 	}
 
+	void EncodeUV(const FVector2f& UV, uint32* OutWords)
+	{
+		OutWords[0] = Bits(UV.X);
+		OutWords[1] = Bits(UV.Y);
+	}
+
+	void DecodeUV(const uint32* Words, FVector2f& OutUV)
+	{
+		OutUV = FVector2f(FloatOf(Words[0]), FloatOf(Words[1]));
+	}
+
 	// A triangle: its three vertex indices and its polygon group.
 	void EncodeTriangle(const UE::Headless::FMeshTriangle& Triangle, uint32* OutWords)
 	{
@@ -241,6 +253,8 @@ namespace
 	using FNodeSink = TArrayRecordSink<FNaniteAssemblyNode, NodeFields>;
 	using FPositionSource = TArrayRecordSource<FVector3f, 3>;
 	using FPositionSink = TArrayRecordSink<FVector3f, 3>;
+	using FUVSource = TArrayRecordSource<FVector2f, 2>;
+	using FUVSink = TArrayRecordSink<FVector2f, 2>;
 	using FTriangleSource = TArrayRecordSource<UE::Headless::FMeshTriangle, 4>;
 	using FTriangleSink = TArrayRecordSink<UE::Headless::FMeshTriangle, 4>;
 
@@ -396,6 +410,14 @@ namespace
 			IndexField(Geometry.Positions.Num()), IntField };
 		Out.Key("geometry").BeginObject();
 		Out.Key("positions").Records(PositionLayout, Geometry.Positions.Num(), std::make_unique<FPositionSource>(Geometry.Positions, &EncodePosition));
+		if (Geometry.Normals.Num() > 0)
+		{
+			Out.Key("normals").Records(PositionLayout, Geometry.Normals.Num(), std::make_unique<FPositionSource>(Geometry.Normals, &EncodePosition));
+		}
+		if (Geometry.UVs.Num() > 0)
+		{
+			Out.Key("uvs").Records(UVLayout, Geometry.UVs.Num(), std::make_unique<FUVSource>(Geometry.UVs, &EncodeUV));
+		}
 		Out.Key("triangles").Records(TriangleLayout, Geometry.Triangles.Num(), std::make_unique<FTriangleSource>(Geometry.Triangles, &EncodeTriangle));
 		Out.Key("polygon_groups").BeginArray();
 		for (const FName& SlotName : Geometry.PolygonGroupSlotNames)
@@ -598,6 +620,24 @@ namespace
 		Geometry.bHasMeshDescription = true;
 		FPositionSink PositionSink(Geometry.Positions, &DecodePosition);
 		Source.Member("positions").ReadRecords(PositionLayout, PositionSink);
+		if (Source.HasMember("normals"))
+		{
+			FPositionSink NormalSink(Geometry.Normals, &DecodePosition);
+			Source.Member("normals").ReadRecords(PositionLayout, NormalSink);
+			if (Geometry.Normals.Num() != Geometry.Positions.Num())
+			{
+				Source.Member("normals").Fail(FString::Printf(TEXT("has %d normals instead of one per position (%d)"), Geometry.Normals.Num(), Geometry.Positions.Num()));
+			}
+		}
+		if (Source.HasMember("uvs"))
+		{
+			FUVSink UVSink(Geometry.UVs, &DecodeUV);
+			Source.Member("uvs").ReadRecords(UVLayout, UVSink);
+			if (Geometry.UVs.Num() != Geometry.Positions.Num())
+			{
+				Source.Member("uvs").Fail(FString::Printf(TEXT("has %d UVs instead of one per position (%d)"), Geometry.UVs.Num(), Geometry.Positions.Num()));
+			}
+		}
 		const FPackageRecordField TriangleLayout[] = { IndexField(Geometry.Positions.Num()), IndexField(Geometry.Positions.Num()),
 			IndexField(Geometry.Positions.Num()), IntField };
 		FTriangleSink TriangleSink(Geometry.Triangles, &DecodeTriangle);

@@ -39,7 +39,7 @@ namespace UE::Headless
 
 	FArchive& operator<<(FArchive& Ar, FStaticMeshGeometry& Geometry)
 	{
-		return Ar << Geometry.NumSourceModels << Geometry.bHasMeshDescription << Geometry.Positions << Geometry.Triangles
+		return Ar << Geometry.NumSourceModels << Geometry.bHasMeshDescription << Geometry.Positions << Geometry.Normals << Geometry.UVs << Geometry.Triangles
 				  << Geometry.PolygonGroupSlotNames << Geometry.SectionMaterialIndices;
 	}
 

@@ -4,6 +4,7 @@
 namespace UE::Math
 {
 	template <typename T> struct TVector;
+	template <typename T> struct TVector2;
 	template <typename T> struct TRotator;
 	template <typename T> struct TQuat;
 	template <typename T> struct TTransform;
@@ -12,6 +13,8 @@ namespace UE::Math
 using FVector = UE::Math::TVector<double>;
 using FVector3f = UE::Math::TVector<float>;
 using FVector3d = UE::Math::TVector<double>;
+using FVector2D = UE::Math::TVector2<double>;
+using FVector2f = UE::Math::TVector2<float>;
 using FRotator = UE::Math::TRotator<double>;
 using FRotator3f = UE::Math::TRotator<float>;
 using FRotator3d = UE::Math::TRotator<double>;

@@ -4,6 +4,7 @@
 #include "Containers/Array.h"
 #include "Containers/UnrealString.h"
 #include "Math/TransformVectorized.h"
+#include "Math/Vector2D.h"
 #include "UObject/NameTypes.h"
 
 #include <type_traits>
@@ -56,6 +57,12 @@ public:
 	friend FArchive& operator<<(FArchive& Ar, UE::Math::TVector<T>& V)
 	{
 		return Ar << V.X << V.Y << V.Z;
+	}
+
+	template <typename T>
+	friend FArchive& operator<<(FArchive& Ar, UE::Math::TVector2<T>& V)
+	{
+		return Ar << V.X << V.Y;
 	}
 
 	template <typename T>

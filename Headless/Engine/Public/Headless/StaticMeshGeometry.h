@@ -4,6 +4,7 @@
 
 #include "Containers/Array.h"
 #include "Math/Vector.h"
+#include "Math/Vector2D.h"
 #include "Serialization/Archive.h"
 #include "UObject/NameTypes.h"
 
@@ -26,6 +27,11 @@ namespace UE::Headless
 		int32 NumSourceModels = 0;
 		bool bHasMeshDescription = false;
 		TArray<FVector3f> Positions;
+		// Per vertex, each either empty or one entry per position: the vertex normal (unit length) and the
+		// texture coordinates of UV channel 0. Vertices are split where a normal or a UV changes (hard edges,
+		// seams), as a render vertex buffer holds them.
+		TArray<FVector3f> Normals;
+		TArray<FVector2f> UVs;
 		TArray<FMeshTriangle> Triangles;
 		// One entry per polygon group: the imported material slot name that the group was made for.
 		TArray<FName> PolygonGroupSlotNames;
