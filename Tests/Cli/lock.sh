@@ -43,6 +43,12 @@ expect_status 3 "$cvai" run "$work/second.lua" --project "$project" --lock-timeo
 expect_file "$work/err" "cvai: the project '$project/' is in use by process $holder; waiting up to 0.2 s
 cvai: the project '$project/' is still in use by process $holder after 0.2 s"
 [ -e "$work/order" ] && fail "a refused run ran its script"
+# A refused run leaves the log of an earlier run as it was, and makes none where there was none.
+echo "an earlier run's log" > "$work/earlier.log"
+expect_status 3 "$cvai" run "$work/second.lua" --project "$project" --lock-timeout 0 --log "$work/earlier.log"
+expect_file "$work/earlier.log" "an earlier run's log"
+expect_status 3 "$cvai" run "$work/second.lua" --project "$project" --lock-timeout 0 --log "$work/new.log"
+[ -e "$work/new.log" ] && fail "a refused run left a log file"
 
 # A run that waits starts once the holder has ended.
 "$cvai" run "$work/second.lua" --project "$project" > "$work/second.out" 2> "$work/second.err" &

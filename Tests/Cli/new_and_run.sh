@@ -19,6 +19,8 @@ nanite_assembly_support()
 print("after")
 nanite_assembly_info("")
 LUA
+# The log file holds this run's lines only, whatever it held before.
+printf 'a much longer log of an earlier run, which must not show through\n%.0s' 1 2 3 > "$work/session.log"
 expect_status 0 "$cvai" run "$work/ok.lua" --project "$project" --log "$work/session.log"
 printf '%s\n' "before" "[OK] nanite_assembly_support -> available=true, plugin_enabled=true, assemblies_supported=true" "after" \
 	"[FAIL] nanite_assembly_info -> static mesh not found: " > "$work/want"

@@ -12,6 +12,8 @@
 #include <filesystem>
 #include <memory>
 
+#include <unistd.h>
+
 namespace UE::Headless::Cvai
 {
 	namespace
@@ -80,11 +82,16 @@ namespace UE::Headless::Cvai
 			{
 				return ExitUsage;
 			}
+			// The log file is opened before the project is waited for, so that a path that cannot be written is a usage
+			// error at once; it is emptied only once this run holds the project, so that a run that gives up waiting
+			// leaves an earlier run's log as it was, and one that made the file removes it again.
 			std::shared_ptr<FILE> LogFile;
 			const std::string LogPath = CommandLine.Get(LogOption.Name, "");
+			std::error_code ExistsError;
+			const bool bLogExisted = !LogPath.empty() && std::filesystem::exists(LogPath, ExistsError);
 			if (!LogPath.empty())
 			{
-				LogFile = OpenLogFile(LogPath);
+				LogFile = OpenLogFile(LogPath, /*bAppend*/ true);
 				if (!LogFile)
 				{
 					return UsageError("cannot write the log file '" + LogPath + "': " + std::strerror(errno), CommandLine.Command);
@@ -92,7 +99,17 @@ namespace UE::Headless::Cvai
 			}
 			if (const int Exit = Editor.Open(); Exit != ExitOk)
 			{
+				if (LogFile && !bLogExisted)
+				{
+					LogFile.reset();
+					std::filesystem::remove(LogPath, ExistsError);
+				}
 				return Exit;
+			}
+			if (LogFile && ftruncate(fileno(LogFile.get()), 0) != 0)
+			{
+				std::fprintf(stderr, "cvai: cannot empty the log file '%s': %s\n", LogPath.c_str(), std::strerror(errno));
+				return ExitFailure;
 			}
 
 			FCorvaneLuaSession& Session = Editor.GetLuaSession();
