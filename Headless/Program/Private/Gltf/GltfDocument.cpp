@@ -1,27 +1,35 @@
 #include "GltfDocument.h"
 
+#include <algorithm>
+#include <cstdlib>
+#include <cstring>
+#include <new>
+#include <sys/mman.h>
+
 namespace UE::Headless
 {
 	FGltfDocument::FGltfDocument()
 	{
 		Model.asset.version = "2.0";
 		Model.asset.generator = "cvai export (CVAI Nanite Assembly headless editor)";
-		Model.buffers.emplace_back();
 		Model.scenes.emplace_back();
 		Model.defaultScene = 0;
 	}
 
 	int32 FGltfDocument::AddAccessor(int32 ComponentType, int32 Type, int64 Count, int32 Target)
 	{
-		std::vector<unsigned char>& Bytes = Model.buffers[0].data;
-		// Every component here is four bytes wide, and so is every view's start.
-		const size_t ByteLength = (size_t)Count * (size_t)tinygltf::GetNumComponentsInType(Type) * (size_t)tinygltf::GetComponentSizeInBytes(ComponentType);
+		// Every component here is four bytes wide, so every view starts where the format wants it.
+		const int64 ByteLength = Count * tinygltf::GetNumComponentsInType(Type) * tinygltf::GetComponentSizeInBytes(ComponentType);
+		if (NumBytes + ByteLength > Capacity)
+		{
+			ReserveBytes(std::max(ByteLength, Capacity));
+		}
 		tinygltf::BufferView& View = Model.bufferViews.emplace_back();
 		View.buffer = 0;
-		View.byteOffset = Bytes.size();
-		View.byteLength = ByteLength;
+		View.byteOffset = (size_t)NumBytes;
+		View.byteLength = (size_t)ByteLength;
 		View.target = Target;
-		Bytes.resize(Bytes.size() + ByteLength);
+		NumBytes += ByteLength;
 
 		tinygltf::Accessor& Accessor = Model.accessors.emplace_back();
 		Accessor.bufferView = (int)Model.bufferViews.size() - 1;
@@ -34,12 +42,29 @@ namespace UE::Headless
 	uint8* FGltfDocument::GetAccessorData(int32 Accessor)
 	{
 		const tinygltf::Accessor& Entry = Model.accessors[Accessor];
-		return Model.buffers[0].data.data() + Model.bufferViews[Entry.bufferView].byteOffset + Entry.byteOffset;
+		return Bytes.get() + Model.bufferViews[Entry.bufferView].byteOffset + Entry.byteOffset;
 	}
 
-	void FGltfDocument::ReserveBytes(int64 Bytes)
+	void FGltfDocument::ReserveBytes(int64 AddedBytes)
 	{
-		std::vector<unsigned char>& Data = Model.buffers[0].data;
-		Data.reserve(Data.size() + (size_t)Bytes);
+		if (NumBytes + AddedBytes <= Capacity)
+		{
+			return;
+		}
+		// A million instances take tens of megabytes, and the first touch of each fresh 4 KiB page costs more
+		// than filling it: the buffer asks for huge pages where the system gives them on request.
+		constexpr int64 HugePageSize = 2 << 20;
+		Capacity = (NumBytes + AddedBytes + HugePageSize - 1) / HugePageSize * HugePageSize;
+		FBufferBytes Grown((uint8*)std::aligned_alloc((size_t)HugePageSize, (size_t)Capacity));
+		if (!Grown)
+		{
+			throw std::bad_alloc();
+		}
+		madvise(Grown.get(), (size_t)Capacity, MADV_HUGEPAGE);
+		if (NumBytes > 0)
+		{
+			std::memcpy(Grown.get(), Bytes.get(), (size_t)NumBytes);
+		}
+		Bytes = std::move(Grown);
 	}
 }

@@ -8,5 +8,5 @@ namespace UE::Headless
 {
 	// GLB with bBinary, else glTF JSON with the buffer embedded as a data URI, so that either is one file that
 	// can be moved on its own. OutBytes is the file's size.
-	bool WriteGltfFile(const FGltfDocument& Document, const FString& Filename, bool bBinary, int64& OutBytes, FString& OutError);
+	bool WriteGltfFile(FGltfDocument& Document, const FString& Filename, bool bBinary, int64& OutBytes, FString& OutError);
 }
