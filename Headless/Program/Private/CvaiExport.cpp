@@ -17,9 +17,10 @@ namespace UE::Headless::Cvai
 			"metres with Y up, right-handed, so that a viewer shows it as the editor does, not mirrored. An assembly\n"
 			"becomes one mesh per part, with one primitive per material after the assembly's material remap, and one\n"
 			"node per part that carries all its instances (EXT_mesh_gpu_instancing); --no-instancing gives that node one\n"
-			"child node per instance instead, for viewers without the extension. A plain static mesh becomes one mesh on\n"
-			"one node. PATH is completed as the verbs complete it. The file is written beside OUT and renamed into place,\n"
-			"so a failed export leaves no file.\n";
+			"child node per instance instead, for viewers without the extension. Bone-relative nodes stand where their\n"
+			"transform alone puts them. A plain static mesh becomes one mesh on one node. PATH is completed as the verbs\n"
+			"complete it. The file is written beside OUT and renamed into place, so a failed export leaves no file.\n"
+			"The last line is \"Exported OBJECT to OUT: N meshes, N instances, N materials, N bytes\".\n";
 
 		constexpr const char* ExitStatus = "Exit status: 0 when the file was written, 1 when the mesh was not found, cannot be exported or the file\n"
 			"cannot be written, 2 for a usage error (including an OUT that is neither .glb nor .gltf), 3 when another cvai\n"

@@ -1,0 +1,456 @@
+// glTF export, read back with tinygltf's loader after the Khronos validator passed the file: instances where the
+// readback puts the nodes, in glTF's frame and not mirrored; part geometry with its front faces, normals and
+// texture coordinates; the assembly's materials after each part's remap; the refusals, whole.
+#include "GltfTestUtils.h"
+#include "TestProject.h"
+
+#include "Engine/StaticMesh.h"
+#include "FileHelpers.h"
+#include "Headless/Faults.h"
+#include "Headless/GltfExport.h"
+#include "Headless/StaticMeshGeometry.h"
+#include "Headless/StringUtils.h"
+#include "Headless/YUpFrame.h"
+#include "Materials/MaterialInterface.h"
+#include "StaticMeshCompiler.h"
+#include "UObject/Package.h"
+#include "UObject/UObjectGlobals.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <map>
+#include <sstream>
+
+using namespace GltfTest;
+using UE::Headless::FromUtf8;
+using UE::Headless::ToUtf8;
+
+namespace
+{
+	constexpr const TCHAR* PanelPath = TEXT("/Game/Test/SM_Panel.SM_Panel");
+
+	// A node of the readback, as nanite_assembly_info gives it.
+	struct FReadbackNode
+	{
+		int Part = 0;
+		FVector3f Location;
+		FRotator3f Rotation;
+		FVector3f Scale;
+	};
+
+	// The panel: a quad facing engine +Z in slot "Top", a quad facing engine -X in slot "Side" and a triangle without
+	// area, each vertex with its own normal and texture coordinates, at places whose every coordinate differs.
+	UE::Headless::FStaticMeshGeometry MakePanelGeometry()
+	{
+		UE::Headless::FStaticMeshGeometry Geometry;
+		Geometry.NumSourceModels = 1;
+		Geometry.bHasMeshDescription = true;
+		const FVector3f Up(0, 0, 1);
+		const FVector3f Back(-1, 0, 0);
+		const struct
+		{
+			FVector3f Position;
+			FVector3f Normal;
+			FVector2f UV;
+		} Vertices[] = {
+			{ { 0, 0, 30 }, Up, { 0.0f, 0.0f } },
+			{ { 0, 50, 30 }, Up, { 0.0f, 1.0f } },
+			{ { 80, 0, 30 }, Up, { 1.0f, 0.0f } },
+			{ { 80, 50, 30 }, Up, { 1.0f, 1.0f } },
+			{ { 0, 0, 0 }, Back, { 0.25f, 0.5f } },
+			{ { 0, 50, 0 }, Back, { 0.75f, 0.5f } },
+			{ { 0, 0, 30 }, Back, { 0.25f, 0.125f } },
+			{ { 0, 50, 30 }, Back, { 0.75f, 0.125f } },
+		};
+		for (const auto& Vertex : Vertices)
+		{
+			Geometry.Positions.Add(Vertex.Position);
+			Geometry.Normals.Add(Vertex.Normal);
+			Geometry.UVs.Add(Vertex.UV);
+		}
+		// Front faces as the engine winds them: the outward normal is (C - A) x (B - A).
+		const int32 Corners[][4] = { { 0, 1, 2, 0 }, { 1, 3, 2, 0 }, { 4, 5, 6, 1 }, { 4, 4, 5, 1 }, { 5, 7, 6, 1 } };
+		for (const int32* Triangle : Corners)
+		{
+			UE::Headless::FMeshTriangle& Added = Geometry.Triangles.AddDefaulted_GetRef();
+			Added.VertexIndices[0] = Triangle[0];
+			Added.VertexIndices[1] = Triangle[1];
+			Added.VertexIndices[2] = Triangle[2];
+			Added.PolygonGroup = Triangle[3];
+		}
+		Geometry.PolygonGroupSlotNames = { FName(TEXT("Top")), FName(TEXT("Side")) };
+		Geometry.SectionMaterialIndices = { 0, 1 };
+		return Geometry;
+	}
+
+	UMaterialInterface* BasicShapeMaterial()
+	{
+		return LoadObject<UMaterialInterface>(nullptr, TEXT("/Engine/BasicShapes/BasicShapeMaterial.BasicShapeMaterial"));
+	}
+
+	// A saved, built static mesh with the geometry and the slots given.
+	UStaticMesh* MakeMesh(const TCHAR* PackageName, const TCHAR* Name, const UE::Headless::FStaticMeshGeometry& Geometry, const TArray<FName>& Slots)
+	{
+		UPackage* Package = CreatePackage(PackageName);
+		UStaticMesh* Mesh = NewObject<UStaticMesh>(Package, FName(Name), RF_Public | RF_Standalone);
+		TArray<FStaticMaterial> Materials;
+		for (const FName& Slot : Slots)
+		{
+			Materials.Add(FStaticMaterial(BasicShapeMaterial(), Slot, Slot));
+		}
+		Mesh->SetStaticMaterials(Materials);
+		UE::Headless::GetMeshGeometry(*Mesh) = Geometry;
+		Mesh->Build(true);
+		FStaticMeshCompilingManager::Get().FinishAllCompilation();
+		TArray<UPackage*> Packages;
+		Packages.Add(Package);
+		UEditorLoadingAndSavingUtils::SavePackages(Packages, false);
+		return Mesh;
+	}
+
+	class GltfExportTest : public testing::Test
+	{
+	protected:
+		static void SetUpTestSuite()
+		{
+			Project = new FTestProject();
+			ASSERT_TRUE(Project->Start());
+			Session = new FTestSession(*Project);
+			MakeMesh(TEXT("/Game/Test/SM_Panel"), TEXT("SM_Panel"), MakePanelGeometry(), { FName(TEXT("Top")), FName(TEXT("Side")) });
+		}
+
+		static void TearDownTestSuite()
+		{
+			delete Session;
+			delete Project;
+			Session = nullptr;
+			Project = nullptr;
+		}
+
+		static void Build(const std::string& Request)
+		{
+			ASSERT_EQ(Session->Run("local r = nanite_assembly_build" + Request + "\nassert(r.ok, r.error)"), "");
+		}
+
+		static std::string OutputFile(const std::string& Name)
+		{
+			return ToUtf8(Project->GetDir()) + "/Exports/" + Name;
+		}
+
+		static UStaticMesh& Mesh(const TCHAR* ObjectPath)
+		{
+			UStaticMesh* Found = LoadObject<UStaticMesh>(nullptr, ObjectPath);
+			EXPECT_NE(Found, nullptr) << ToUtf8(ObjectPath);
+			return *Found;
+		}
+
+		// Exports the mesh into the project's Exports folder, has the validator check the file, and reads it back.
+		static tinygltf::Model Export(const TCHAR* ObjectPath, const std::string& Name, bool bInstancing = true)
+		{
+			UE::Headless::FGltfExportOptions Options;
+			Options.bInstancing = bInstancing;
+			UE::Headless::FGltfExportSummary Summary;
+			FString Error;
+			const std::string File = OutputFile(Name);
+			EXPECT_TRUE(UE::Headless::ExportStaticMeshAsGltf(Mesh(ObjectPath), FromUtf8(File), Options, Summary, Error)) << ToUtf8(Error);
+			EXPECT_EQ(Summary.NumBytes, (int64)std::filesystem::file_size(File));
+			ExpectValid(File);
+			return Load(File);
+		}
+
+		// The error of an export that must fail, after checking that it left no file behind.
+		static std::string ExportError(const UStaticMesh& Mesh, const std::string& Name)
+		{
+			UE::Headless::FGltfExportSummary Summary;
+			FString Error;
+			const std::string File = OutputFile(Name);
+			EXPECT_FALSE(UE::Headless::ExportStaticMeshAsGltf(Mesh, FromUtf8(File), UE::Headless::FGltfExportOptions(), Summary, Error));
+			EXPECT_FALSE(std::filesystem::exists(File));
+			return ToUtf8(Error);
+		}
+
+		static std::vector<FReadbackNode> Readback(const std::string& Path)
+		{
+			const std::string Text = Session->Eval("(function() local t = {} for _, n in ipairs(nanite_assembly_info('" + Path
+				+ "').nodes) do t[#t + 1] = string.format('%d %.9g %.9g %.9g %.9g %.9g %.9g %.9g %.9g %.9g', n.part, n.location.x, n.location.y,"
+				  " n.location.z, n.rotation.pitch, n.rotation.yaw, n.rotation.roll, n.scale.x, n.scale.y, n.scale.z) end return table.concat(t, '\\n') end)()");
+			std::vector<FReadbackNode> Nodes;
+			std::istringstream Lines(Text);
+			FReadbackNode Node;
+			while (Lines >> Node.Part >> Node.Location.X >> Node.Location.Y >> Node.Location.Z >> Node.Rotation.Pitch >> Node.Rotation.Yaw >> Node.Rotation.Roll
+				>> Node.Scale.X >> Node.Scale.Y >> Node.Scale.Z)
+			{
+				Nodes.push_back(Node);
+			}
+			EXPECT_FALSE(Nodes.empty()) << Text;
+			return Nodes;
+		}
+
+		// Every instance in the file stands where the readback puts its node, converted with the frame functions;
+		// the file lists a part's instances in the order of the nodes.
+		static void ExpectInstancesOfReadback(const std::vector<std::vector<FInstance>>& InstancesOfParts, const std::vector<FReadbackNode>& Nodes)
+		{
+			std::vector<size_t> Next(InstancesOfParts.size(), 0);
+			for (const FReadbackNode& Node : Nodes)
+			{
+				ASSERT_LE((size_t)Node.Part, InstancesOfParts.size());
+				const std::vector<FInstance>& Instances = InstancesOfParts[Node.Part - 1];
+				ASSERT_LT(Next[Node.Part - 1], Instances.size());
+				const FInstance& Instance = Instances[Next[Node.Part - 1]++];
+				EXPECT_TRUE(Instance.Translation.Equals(UE::Headless::ToYUpPoint(Node.Location), 1e-5f));
+				EXPECT_TRUE(SameRotation(Instance.Rotation, UE::Headless::SwapYUpRotation(Node.Rotation.Quaternion())));
+				EXPECT_TRUE(Instance.Scale.Equals(UE::Headless::SwapYUpAxes(Node.Scale), 1e-5f));
+			}
+			for (size_t Part = 0; Part < Next.size(); ++Part)
+			{
+				EXPECT_EQ(Next[Part], InstancesOfParts[Part].size()) << "part " << Part + 1;
+			}
+		}
+
+		static inline FTestProject* Project = nullptr;
+		static inline FTestSession* Session = nullptr;
+	};
+
+	const tinygltf::Node& RootNode(const tinygltf::Model& Model, size_t Index)
+	{
+		return Model.nodes.at(Model.scenes.at(Model.defaultScene).nodes.at(Index));
+	}
+
+	std::vector<std::string> MaterialNames(const tinygltf::Model& Model)
+	{
+		std::vector<std::string> Names;
+		for (const tinygltf::Material& Material : Model.materials)
+		{
+			Names.push_back(Material.name);
+		}
+		return Names;
+	}
+
+	// The material name of each primitive of a mesh, with the number of its triangles.
+	std::map<std::string, size_t> TrianglesByMaterial(const tinygltf::Model& Model, const tinygltf::Mesh& Mesh)
+	{
+		std::map<std::string, size_t> Triangles;
+		for (const tinygltf::Primitive& Primitive : Mesh.primitives)
+		{
+			EXPECT_EQ(Primitive.mode, TINYGLTF_MODE_TRIANGLES);
+			Triangles[Primitive.material < 0 ? "(none)" : Model.materials.at(Primitive.material).name] += Model.accessors.at(Primitive.indices).count / 3;
+		}
+		return Triangles;
+	}
+}
+
+TEST_F(GltfExportTest, FenceExampleHasOneInstancedNodePerPartWhereTheReadbackPutsItsNodes)
+{
+	ASSERT_EQ(Session->Run("dofile('" CVAI_EXAMPLES_DIR "/FenceAssembly.lua')"), "");
+	const tinygltf::Model Model = Export(TEXT("/Game/Examples/SM_Fence.SM_Fence"), "fence.glb");
+
+	EXPECT_EQ(Model.asset.version, "2.0");
+	EXPECT_EQ(Model.asset.generator, "cvai export (CVAI Nanite Assembly headless editor)");
+	// Viewers without the extension still load the file, and show each part once.
+	EXPECT_EQ(Model.extensionsUsed, std::vector<std::string>({ "EXT_mesh_gpu_instancing" }));
+	EXPECT_TRUE(Model.extensionsRequired.empty());
+	ASSERT_EQ(Model.scenes.at(Model.defaultScene).nodes.size(), 2u);
+	ASSERT_EQ(Model.meshes.size(), 2u);
+	EXPECT_EQ(RootNode(Model, 0).name, "/Engine/BasicShapes/Cylinder.Cylinder");
+	EXPECT_EQ(Model.meshes.at(RootNode(Model, 0).mesh).name, "/Engine/BasicShapes/Cylinder.Cylinder");
+	EXPECT_EQ(Model.meshes.at(RootNode(Model, 1).mesh).name, "/Engine/BasicShapes/Cube.Cube");
+	EXPECT_EQ(MaterialNames(Model), std::vector<std::string>({ "BasicShapeMaterial" }));
+	EXPECT_EQ(Model.materials.at(0).extras.Get("material").Get<std::string>(), "/Engine/BasicShapes/BasicShapeMaterial.BasicShapeMaterial");
+
+	const std::vector<std::vector<FInstance>> Instances = { ReadInstances(Model, RootNode(Model, 0)), ReadInstances(Model, RootNode(Model, 1)) };
+	EXPECT_EQ(Instances[0].size(), 6u);
+	EXPECT_EQ(Instances[1].size(), 10u);
+	ExpectInstancesOfReadback(Instances, Readback("/Game/Examples/SM_Fence"));
+}
+
+TEST_F(GltfExportTest, EngineAxesBecomeGltfAxesWithoutMirroring)
+{
+	Build(R"({ output = "/Game/Frame/SM_Axes", parts = { { mesh = "/Engine/BasicShapes/Cube", transforms = {
+		{ location = { x = 0 } }, { location = { x = 200 } }, { location = { x = 400 } },
+		{ location = { y = 300 } }, { location = { z = 150 } },
+		{ rotation = { yaw = 90 } }, { rotation = { pitch = 90 } }, { scale = { x = 1, y = 2, z = 3 } } } } } })");
+	const tinygltf::Model Model = Export(TEXT("/Game/Frame/SM_Axes.SM_Axes"), "axes.glb");
+	const std::vector<FInstance> Instances = ReadInstances(Model, RootNode(Model, 0));
+	ASSERT_EQ(Instances.size(), 8u);
+
+	// A row along the engine's +X is a row along glTF's +X, in metres.
+	EXPECT_TRUE(Instances[0].Translation.Equals(FVector3f(0, 0, 0)));
+	EXPECT_TRUE(Instances[1].Translation.Equals(FVector3f(2, 0, 0)));
+	EXPECT_TRUE(Instances[2].Translation.Equals(FVector3f(4, 0, 0)));
+	// Right of forward stays right of forward: the engine's +Y is glTF's +Z, and up is up.
+	EXPECT_TRUE(Instances[3].Translation.Equals(FVector3f(0, 0, 3)));
+	EXPECT_TRUE(Instances[4].Translation.Equals(FVector3f(0, 1.5f, 0)));
+	// A yaw turns forward towards the right (engine +X to +Y), which is glTF's +X to +Z; a pitch raises it.
+	EXPECT_TRUE(Instances[5].Rotation.RotateVector(FVector3f(1, 0, 0)).Equals(FVector3f(0, 0, 1), 1e-5f));
+	EXPECT_TRUE(Instances[6].Rotation.RotateVector(FVector3f(1, 0, 0)).Equals(FVector3f(0, 1, 0), 1e-5f));
+	EXPECT_TRUE(Instances[7].Scale.Equals(FVector3f(1, 3, 2)));
+}
+
+TEST_F(GltfExportTest, PartGeometryKeepsItsVerticesFrontFacesNormalsAndTextureCoordinates)
+{
+	Build(R"({ output = "/Game/Geometry/SM_OnePanel", parts = { { mesh = "/Game/Test/SM_Panel", material_merge = "slot_names", transforms = { {} } } } })");
+	const tinygltf::Model Model = Export(TEXT("/Game/Geometry/SM_OnePanel.SM_OnePanel"), "panel.glb");
+	const UE::Headless::FStaticMeshGeometry& Source = UE::Headless::GetMeshGeometry(Mesh(PanelPath));
+	ASSERT_EQ(Model.meshes.size(), 1u);
+	const tinygltf::Mesh& Panel = Model.meshes[0];
+	ASSERT_EQ(Panel.primitives.size(), 2u);
+
+	const std::map<std::string, int>& Attributes = Panel.primitives[0].attributes;
+	EXPECT_EQ(Panel.primitives[1].attributes, Attributes);
+	const std::vector<std::vector<float>> Positions = ReadFloats(Model, Attributes.at("POSITION"));
+	const std::vector<std::vector<float>> Normals = ReadFloats(Model, Attributes.at("NORMAL"));
+	const std::vector<std::vector<float>> UVs = ReadFloats(Model, Attributes.at("TEXCOORD_0"));
+	ASSERT_EQ(Positions.size(), (size_t)Source.Positions.Num());
+	ASSERT_EQ(Normals.size(), Positions.size());
+	ASSERT_EQ(UVs.size(), Positions.size());
+	for (int32 Vertex = 0; Vertex < Source.Positions.Num(); ++Vertex)
+	{
+		EXPECT_EQ(ToVector(Positions[Vertex]), UE::Headless::ToYUpPoint(Source.Positions[Vertex])) << "vertex " << Vertex;
+		EXPECT_EQ(ToVector(Normals[Vertex]), UE::Headless::SwapYUpAxes(Source.Normals[Vertex])) << "vertex " << Vertex;
+		EXPECT_EQ(UVs[Vertex], std::vector<float>({ Source.UVs[Vertex].X, Source.UVs[Vertex].Y })) << "vertex " << Vertex;
+	}
+	const tinygltf::Accessor& PositionAccessor = Model.accessors.at(Attributes.at("POSITION"));
+	EXPECT_EQ(PositionAccessor.minValues, std::vector<double>({ 0.0, 0.0, 0.0 }));
+	const FVector3f Max = UE::Headless::ToYUpPoint(FVector3f(80, 50, 30));
+	EXPECT_EQ(PositionAccessor.maxValues, std::vector<double>({ Max.X, Max.Y, Max.Z }));
+
+	// The triangles of each slot in their order, corners kept, the one without area left out.
+	EXPECT_EQ(ReadIndices(Model, Panel.primitives[0].indices), std::vector<uint32_t>({ 0, 1, 2, 1, 3, 2 }));
+	EXPECT_EQ(ReadIndices(Model, Panel.primitives[1].indices), std::vector<uint32_t>({ 4, 5, 6, 5, 7, 6 }));
+	// glTF's front faces are counter-clockwise: each triangle faces where its vertices' normals point.
+	for (const tinygltf::Primitive& Primitive : Panel.primitives)
+	{
+		const std::vector<uint32_t> Indices = ReadIndices(Model, Primitive.indices);
+		for (size_t First = 0; First + 2 < Indices.size(); First += 3)
+		{
+			const FVector3f A = ToVector(Positions[Indices[First]]);
+			const FVector3f B = ToVector(Positions[Indices[First + 1]]);
+			const FVector3f C = ToVector(Positions[Indices[First + 2]]);
+			const FVector3f Facing = ((B - A) ^ (C - A)).GetSafeNormal();
+			EXPECT_GT(Facing | ToVector(Normals[Indices[First]]), 0.99f) << "triangle at " << First;
+		}
+	}
+}
+
+TEST_F(GltfExportTest, PrimitivesDrawWithTheAssemblyMaterialsThatThePartsRemapTo)
+{
+	// Assembly slots: BasicShapeMaterial (the cube's), then Top and Side (the panel merged by slot name, remap
+	// [1, 2]); the panel merged by identical material maps both its slots to the first (remap [0, 0]).
+	Build(R"({ output = "/Game/Materials/SM_Mixed", parts = {
+		{ mesh = "/Engine/BasicShapes/Cube", transforms = { {} } },
+		{ mesh = "/Game/Test/SM_Panel", material_merge = "slot_names", transforms = { {}, { location = { x = 100 } } } },
+		{ mesh = "/Game/Test/SM_Panel", transforms = { { location = { y = 100 } } } } } })");
+	const tinygltf::Model Model = Export(TEXT("/Game/Materials/SM_Mixed.SM_Mixed"), "mixed.gltf");
+
+	EXPECT_EQ(MaterialNames(Model), std::vector<std::string>({ "BasicShapeMaterial", "Top", "Side" }));
+	ASSERT_EQ(Model.meshes.size(), 3u);
+	EXPECT_EQ(TrianglesByMaterial(Model, Model.meshes[0]), (std::map<std::string, size_t>{ { "BasicShapeMaterial", 12 } }));
+	EXPECT_EQ(TrianglesByMaterial(Model, Model.meshes[1]), (std::map<std::string, size_t>{ { "Top", 2 }, { "Side", 2 } }));
+	EXPECT_EQ(TrianglesByMaterial(Model, Model.meshes[2]), (std::map<std::string, size_t>{ { "BasicShapeMaterial", 4 } }));
+	// Each slot has its own colour.
+	EXPECT_NE(Model.materials[1].pbrMetallicRoughness.baseColorFactor, Model.materials[2].pbrMetallicRoughness.baseColorFactor);
+	EXPECT_NE(Model.materials[0].pbrMetallicRoughness.baseColorFactor, Model.materials[1].pbrMetallicRoughness.baseColorFactor);
+	// The embedded buffer makes the .gltf one file.
+	EXPECT_EQ(Model.buffers.at(0).uri.rfind("data:application/octet-stream;base64,", 0), 0u);
+
+	ExpectInstancesOfReadback({ ReadInstances(Model, RootNode(Model, 0)), ReadInstances(Model, RootNode(Model, 1)), ReadInstances(Model, RootNode(Model, 2)) },
+		Readback("/Game/Materials/SM_Mixed"));
+}
+
+TEST_F(GltfExportTest, WithoutInstancingEachInstanceIsAChildNodeOfItsPart)
+{
+	Build(R"({ output = "/Game/Plain/SM_Pair", parts = {
+		{ mesh = "/Engine/BasicShapes/Cube", transforms = { { location = { x = 100, y = 50 }, rotation = { yaw = 30 } }, { scale = 2 } } },
+		{ mesh = "/Engine/BasicShapes/Cone", transforms = { { location = { z = 300 } } } } } })");
+	const tinygltf::Model Model = Export(TEXT("/Game/Plain/SM_Pair.SM_Pair"), "pair.glb", false);
+
+	EXPECT_TRUE(Model.extensionsUsed.empty());
+	ASSERT_EQ(Model.scenes.at(0).nodes.size(), 2u);
+	std::vector<std::vector<FInstance>> Instances;
+	for (size_t Part = 0; Part < 2; ++Part)
+	{
+		const tinygltf::Node& PartNode = RootNode(Model, Part);
+		EXPECT_EQ(PartNode.mesh, -1);
+		EXPECT_TRUE(PartNode.extensions.empty());
+		Instances.emplace_back();
+		for (const int Child : PartNode.children)
+		{
+			EXPECT_EQ(Model.nodes.at(Child).mesh, (int)Part);
+			Instances.back().push_back(ReadNodeTransform(Model.nodes.at(Child)));
+		}
+	}
+	EXPECT_EQ(Instances[0].size(), 2u);
+	EXPECT_EQ(Instances[1].size(), 1u);
+	ExpectInstancesOfReadback(Instances, Readback("/Game/Plain/SM_Pair"));
+}
+
+TEST_F(GltfExportTest, APlainStaticMeshIsOneMeshOnOneNode)
+{
+	const tinygltf::Model Model = Export(PanelPath, "panel-alone.glb");
+	EXPECT_TRUE(Model.extensionsUsed.empty());
+	ASSERT_EQ(Model.scenes.at(0).nodes.size(), 1u);
+	ASSERT_EQ(Model.nodes.size(), 1u);
+	EXPECT_EQ(Model.nodes[0].mesh, 0);
+	EXPECT_EQ(Model.nodes[0].name, "/Game/Test/SM_Panel.SM_Panel");
+	EXPECT_TRUE(Model.nodes[0].translation.empty() && Model.nodes[0].rotation.empty() && Model.nodes[0].scale.empty());
+	EXPECT_EQ(MaterialNames(Model), std::vector<std::string>({ "Top", "Side" }));
+	ASSERT_EQ(Model.meshes.size(), 1u);
+	EXPECT_EQ(TrianglesByMaterial(Model, Model.meshes[0]), (std::map<std::string, size_t>{ { "Top", 2 }, { "Side", 2 } }));
+}
+
+TEST_F(GltfExportTest, RefusesWhatCannotBeExportedAndLeavesNoFile)
+{
+	UStaticMesh* Unbuilt = NewObject<UStaticMesh>(GetTransientPackage(), FName(TEXT("SM_Unbuilt")), RF_NoFlags);
+	EXPECT_EQ(ExportError(*Unbuilt, "unbuilt.glb"), "'/Engine/Transient.SM_Unbuilt' has not been built");
+
+	UE::Headless::FStaticMeshGeometry Flat = MakePanelGeometry();
+	for (UE::Headless::FMeshTriangle& Triangle : Flat.Triangles)
+	{
+		Triangle.VertexIndices[1] = Triangle.VertexIndices[0];
+	}
+	UStaticMesh* Empty = MakeMesh(TEXT("/Game/Refusals/SM_Flat"), TEXT("SM_Flat"), Flat, { FName(TEXT("Top")), FName(TEXT("Side")) });
+	EXPECT_EQ(ExportError(*Empty, "flat.glb"), "'/Game/Refusals/SM_Flat.SM_Flat' has no triangles");
+	EXPECT_EQ(ExportError(Mesh(PanelPath), "panel.obj"), "'" + OutputFile("panel.obj") + "' is neither a .glb nor a .gltf file");
+
+	// Assemblies whose parts cannot be exported, each part named.
+	Build(R"({ output = "/Game/Refusals/SM_Parts", parts = { { mesh = "/Engine/BasicShapes/Cube", transforms = { {} } },
+		{ mesh = "/Game/Test/SM_Panel", transforms = { {} } } } })");
+	UStaticMesh& Assembly = Mesh(TEXT("/Game/Refusals/SM_Parts.SM_Parts"));
+	FNaniteAssemblyPart& Second = Assembly.GetNaniteSettings().NaniteAssemblyData.Parts[1];
+	Second.MeshObjectPath = FSoftObjectPath(TEXT("/Game/Missing/SM_Gone.SM_Gone"));
+	EXPECT_EQ(ExportError(Assembly, "gone.glb"), "part 2: its mesh '/Game/Missing/SM_Gone.SM_Gone' cannot be loaded");
+	Project->WriteFile("Content/Broken/SM_Empty.uasset.json", "");
+	Second.MeshObjectPath = FSoftObjectPath(TEXT("/Game/Broken/SM_Empty.SM_Empty"));
+	EXPECT_EQ(ExportError(Assembly, "broken.glb"), "part 2: its mesh '/Game/Broken/SM_Empty.SM_Empty' cannot be loaded: '" + ToUtf8(Project->GetDir())
+			+ "/Content/Broken/SM_Empty.uasset.json' is not a valid package file: it is empty");
+	Second.MeshObjectPath = FSoftObjectPath(Empty);
+	EXPECT_EQ(ExportError(Assembly, "flat-part.glb"), "part 2: its mesh '/Game/Refusals/SM_Flat.SM_Flat' has no triangles");
+	Second.MeshObjectPath = FSoftObjectPath(Unbuilt);
+	EXPECT_EQ(ExportError(Assembly, "unbuilt-part.glb"), "part 2: its mesh '/Engine/Transient.SM_Unbuilt' has not been built");
+}
+
+TEST_F(GltfExportTest, AFailedWriteLeavesTheEarlierFileWhole)
+{
+	Export(PanelPath, "kept.glb");
+	const std::string File = OutputFile("kept.glb");
+	std::ifstream In(File, std::ios::binary);
+	const std::string Before((std::istreambuf_iterator<char>(In)), std::istreambuf_iterator<char>());
+
+	ASSERT_TRUE(UE::Headless::FailNext(TEXT("WritePackageFile"), TEXT("the disk is full")));
+	UE::Headless::FGltfExportSummary Summary;
+	FString Error;
+	EXPECT_FALSE(UE::Headless::ExportStaticMeshAsGltf(Mesh(TEXT("/Engine/BasicShapes/Cube.Cube")), FromUtf8(File), UE::Headless::FGltfExportOptions(),
+		Summary, Error));
+	EXPECT_EQ(ToUtf8(Error), "cannot write '" + File + ".tmp-" + std::to_string(getpid()) + "': the disk is full");
+	std::ifstream After(File, std::ios::binary);
+	EXPECT_EQ(std::string((std::istreambuf_iterator<char>(After)), std::istreambuf_iterator<char>()), Before);
+	std::vector<std::string> Names;
+	for (const auto& Entry : std::filesystem::directory_iterator(std::filesystem::path(File).parent_path()))
+	{
+		Names.push_back(Entry.path().filename().string());
+	}
+	EXPECT_EQ(std::count(Names.begin(), Names.end(), "kept.glb"), 1);
+	EXPECT_EQ(std::count_if(Names.begin(), Names.end(), [](const std::string& Name) { return Name.find(".tmp-") != std::string::npos; }), 0);
+}
