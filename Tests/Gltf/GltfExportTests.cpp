@@ -359,6 +359,71 @@ TEST_F(GltfExportTest, PrimitivesDrawWithTheAssemblyMaterialsThatThePartsRemapTo
 		Readback("/Game/Materials/SM_Mixed"));
 }
 
+TEST_F(GltfExportTest, AnEmptyRemapKeepsThePartSlotsAndASlotPastTheAssemblysHasNoMaterial)
+{
+	Build(R"({ output = "/Game/Materials/SM_Remaps", parts = { { mesh = "/Engine/BasicShapes/Cube", transforms = { {} } },
+		{ mesh = "/Game/Test/SM_Panel", material_merge = "slot_names", transforms = { {} } } } })");
+	UStaticMesh& Assembly = Mesh(TEXT("/Game/Materials/SM_Remaps.SM_Remaps"));
+	TArray<FNaniteAssemblyPart>& Parts = Assembly.GetNaniteSettings().NaniteAssemblyData.Parts;
+	Parts[1].MaterialRemap.Reset();
+	tinygltf::Model Model = Export(TEXT("/Game/Materials/SM_Remaps.SM_Remaps"), "remap-empty.glb");
+	EXPECT_EQ(TrianglesByMaterial(Model, Model.meshes.at(1)), (std::map<std::string, size_t>{ { "BasicShapeMaterial", 2 }, { "Top", 2 } }));
+
+	Parts[1].MaterialRemap = { 2, 3 };
+	Model = Export(TEXT("/Game/Materials/SM_Remaps.SM_Remaps"), "remap-past.glb");
+	EXPECT_EQ(TrianglesByMaterial(Model, Model.meshes.at(1)), (std::map<std::string, size_t>{ { "Side", 2 }, { "(none)", 2 } }));
+	Parts[1].MaterialRemap = { 1 };
+	Model = Export(TEXT("/Game/Materials/SM_Remaps.SM_Remaps"), "remap-short.glb");
+	EXPECT_EQ(TrianglesByMaterial(Model, Model.meshes.at(1)), (std::map<std::string, size_t>{ { "Top", 2 }, { "(none)", 2 } }));
+}
+
+TEST_F(GltfExportTest, NodesAreWrittenAsStoredWhateverTheirSpaceAndNodesOfNoPartAreLeftOut)
+{
+	Build(R"({ output = "/Game/Nodes/SM_Stored", parts = { { mesh = "/Engine/BasicShapes/Cube", transforms = {
+		{ location = { x = 100 } }, { location = { x = 200 } }, { location = { x = 300 } }, { location = { x = 400 } } } } } })");
+	TArray<FNaniteAssemblyNode>& Nodes = Mesh(TEXT("/Game/Nodes/SM_Stored.SM_Stored")).GetNaniteSettings().NaniteAssemblyData.Nodes;
+	Nodes[0].TransformSpace = ENaniteAssemblyNodeTransformSpace::BoneRelative;
+	Nodes[1].Transform.SetRotation(FQuat4f(0.0f, 0.0f, 2.0f, 2.0f));
+	Nodes[2].PartIndex = 7;
+	Nodes[3].PartIndex = -1;
+	UE::Headless::FGltfExportSummary Summary;
+	FString Error;
+	const std::string File = OutputFile("stored.glb");
+	ASSERT_TRUE(UE::Headless::ExportStaticMeshAsGltf(Mesh(TEXT("/Game/Nodes/SM_Stored.SM_Stored")), FromUtf8(File), UE::Headless::FGltfExportOptions(),
+		Summary, Error));
+	EXPECT_EQ(Summary.NumInstances, 2);
+	EXPECT_EQ(Summary.NumMeshes, 1);
+	EXPECT_EQ(Summary.NumMaterials, 1);
+	ExpectValid(File);
+	const tinygltf::Model Model = Load(File);
+	const std::vector<FInstance> Instances = ReadInstances(Model, RootNode(Model, 0));
+	ASSERT_EQ(Instances.size(), 2u);
+	EXPECT_EQ(Instances[0].Translation, UE::Headless::ToYUpPoint(FVector3f(100, 0, 0)));
+	EXPECT_EQ(Instances[1].Translation, UE::Headless::ToYUpPoint(FVector3f(200, 0, 0)));
+	// A quaternion a little (or here much) off unit length is written as the rotation it stands for.
+	const float Half = std::sqrt(0.5f);
+	EXPECT_TRUE(SameRotation(Instances[1].Rotation, UE::Headless::SwapYUpRotation(FQuat4f(0.0f, 0.0f, Half, Half)), 1e-6f));
+	EXPECT_NEAR(Instances[1].Rotation.SizeSquared(), 1.0f, 1e-6f);
+}
+
+TEST_F(GltfExportTest, AnAssemblysOwnTrianglesAreOneMoreMesh)
+{
+	MakeMesh(TEXT("/Game/Base/SM_Base"), TEXT("SM_Base"), MakePanelGeometry(), { FName(TEXT("Top")), FName(TEXT("Side")) });
+	Build(R"({ output = "/Game/Base/SM_Base", overwrite = true, parts = { { mesh = "/Engine/BasicShapes/Cube", transforms = { {}, {} } } } })");
+	const tinygltf::Model Model = Export(TEXT("/Game/Base/SM_Base.SM_Base"), "base.glb");
+	ASSERT_EQ(Model.scenes.at(0).nodes.size(), 2u);
+	EXPECT_EQ(RootNode(Model, 0).name, "/Game/Base/SM_Base.SM_Base");
+	EXPECT_TRUE(RootNode(Model, 0).extensions.empty());
+	const tinygltf::Mesh& Base = Model.meshes.at(RootNode(Model, 0).mesh);
+	size_t Triangles = 0;
+	for (const std::pair<const std::string, size_t>& Entry : TrianglesByMaterial(Model, Base))
+	{
+		Triangles += Entry.second;
+	}
+	EXPECT_EQ(Triangles, 4u);
+	EXPECT_EQ(ReadInstances(Model, RootNode(Model, 1)).size(), 2u);
+}
+
 TEST_F(GltfExportTest, WithoutInstancingEachInstanceIsAChildNodeOfItsPart)
 {
 	Build(R"({ output = "/Game/Plain/SM_Pair", parts = {
@@ -398,6 +463,36 @@ TEST_F(GltfExportTest, APlainStaticMeshIsOneMeshOnOneNode)
 	EXPECT_EQ(MaterialNames(Model), std::vector<std::string>({ "Top", "Side" }));
 	ASSERT_EQ(Model.meshes.size(), 1u);
 	EXPECT_EQ(TrianglesByMaterial(Model, Model.meshes[0]), (std::map<std::string, size_t>{ { "Top", 2 }, { "Side", 2 } }));
+}
+
+TEST_F(GltfExportTest, SectionsChooseTheSlotsAndVerticesWithoutAUsableNormalGetNone)
+{
+	// Sections swapped: the Top group draws with slot 1, the Side group with slot 0.
+	UE::Headless::FStaticMeshGeometry Swapped = MakePanelGeometry();
+	Swapped.SectionMaterialIndices = { 1, 0 };
+	Swapped.Normals[5] = FVector3f(0.0f);
+	MakeMesh(TEXT("/Game/Sections/SM_Swapped"), TEXT("SM_Swapped"), Swapped, { FName(TEXT("First")), FName(TEXT("Second")) });
+	tinygltf::Model Model = Export(TEXT("/Game/Sections/SM_Swapped.SM_Swapped"), "swapped.glb");
+	ASSERT_EQ(Model.meshes.size(), 1u);
+	ASSERT_EQ(Model.meshes[0].primitives.size(), 2u);
+	for (const tinygltf::Primitive& Primitive : Model.meshes[0].primitives)
+	{
+		EXPECT_EQ(Model.materials.at(Primitive.material).name, ReadIndices(Model, Primitive.indices).at(0) == 0 ? "Second" : "First");
+		EXPECT_EQ(Primitive.attributes.count("NORMAL"), 0u);
+		EXPECT_EQ(Primitive.attributes.count("TEXCOORD_0"), 1u);
+	}
+
+	// A group without a section draws with the slot of its own number; a mesh with neither normals nor UVs has
+	// positions alone.
+	UE::Headless::FStaticMeshGeometry Bare = MakePanelGeometry();
+	Bare.SectionMaterialIndices = { 1 };
+	Bare.Normals.Reset();
+	Bare.UVs.Pop();
+	MakeMesh(TEXT("/Game/Sections/SM_Bare"), TEXT("SM_Bare"), Bare, { FName(TEXT("First")), FName(TEXT("Second")) });
+	Model = Export(TEXT("/Game/Sections/SM_Bare.SM_Bare"), "bare.glb");
+	ASSERT_EQ(Model.meshes.size(), 1u);
+	EXPECT_EQ(TrianglesByMaterial(Model, Model.meshes[0]), (std::map<std::string, size_t>{ { "Second", 4 } }));
+	EXPECT_EQ(Model.meshes[0].primitives.at(0).attributes, (std::map<std::string, int>{ { "POSITION", Model.meshes[0].primitives.at(0).attributes.at("POSITION") } }));
 }
 
 TEST_F(GltfExportTest, RefusesWhatCannotBeExportedAndLeavesNoFile)
