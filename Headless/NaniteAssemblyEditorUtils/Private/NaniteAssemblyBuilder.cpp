@@ -259,6 +259,15 @@ bool UNaniteAssemblyBuilder::ApplyToStaticMesh(UStaticMesh& Mesh)
 		for (int32 Corner = 0; Corner < 3; ++Corner)
 		{
 			Degenerate.VertexIndices[Corner] = Geometry.Positions.Add(FVector3f(0.0f, 0.0f, 0.0f));
+			// A base mesh with normals and UVs keeps one of each per position.
+			if (!Geometry.Normals.IsEmpty())
+			{
+				Geometry.Normals.Add(FVector3f(0.0f, 0.0f, 1.0f));
+			}
+			if (!Geometry.UVs.IsEmpty())
+			{
+				Geometry.UVs.Add(FVector2f(0.0f, 0.0f));
+			}
 		}
 		Degenerate.PolygonGroup = Group;
 		Geometry.Triangles.Add(Degenerate);
