@@ -334,6 +334,35 @@ TEST_F(GltfExportTest, PartGeometryKeepsItsVerticesFrontFacesNormalsAndTextureCo
 	}
 }
 
+TEST_F(GltfExportTest, TheBasicShapesFaceOutwardsInGltf)
+{
+	for (const char* Shape : { "Cube", "Sphere", "Cylinder", "Cone", "Plane" })
+	{
+		const std::string Path = std::string("/Engine/BasicShapes/") + Shape + "." + Shape;
+		const tinygltf::Model Model = Export(*FromUtf8(Path), std::string(Shape) + ".glb");
+		ASSERT_EQ(Model.meshes.size(), 1u) << Shape;
+		const tinygltf::Primitive& Primitive = Model.meshes[0].primitives.at(0);
+		const std::vector<std::vector<float>> Positions = ReadFloats(Model, Primitive.attributes.at("POSITION"));
+		const std::vector<std::vector<float>> Normals = ReadFloats(Model, Primitive.attributes.at("NORMAL"));
+		FVector3f Centre(0.0f);
+		for (const std::vector<float>& Position : Positions)
+		{
+			Centre += ToVector(Position) / (float)Positions.size();
+		}
+		const std::vector<uint32_t> Indices = ReadIndices(Model, Primitive.indices);
+		int Inward = 0;
+		for (size_t First = 0; First + 2 < Indices.size(); First += 3)
+		{
+			const FVector3f A = ToVector(Positions[Indices[First]]);
+			const FVector3f Facing = (ToVector(Positions[Indices[First + 1]]) - A) ^ (ToVector(Positions[Indices[First + 2]]) - A);
+			// The plane faces up, glTF's +Y; the solids away from their middle.
+			const FVector3f Outward = std::string(Shape) == "Plane" ? FVector3f(0, 1, 0) : (A + ToVector(Positions[Indices[First + 1]]) + ToVector(Positions[Indices[First + 2]])) / 3.0f - Centre;
+			Inward += (Facing | Outward) > 0.0f && (Facing | ToVector(Normals[Indices[First]])) > 0.0f ? 0 : 1;
+		}
+		EXPECT_EQ(Inward, 0) << Shape << ": of " << Indices.size() / 3 << " triangles";
+	}
+}
+
 TEST_F(GltfExportTest, PrimitivesDrawWithTheAssemblyMaterialsThatThePartsRemapTo)
 {
 	// Assembly slots: BasicShapeMaterial (the cube's), then Top and Side (the panel merged by slot name, remap
