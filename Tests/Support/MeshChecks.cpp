@@ -57,19 +57,25 @@ namespace MeshChecks
 			{
 				return Describe("polygon group out of range: triangle", Index);
 			}
+		}
+		return std::string();
+	}
+
+	int32 CountCornersFacingAway(const UE::Headless::FStaticMeshGeometry& Geometry)
+	{
+		int32 Count = 0;
+		for (const UE::Headless::FMeshTriangle& Triangle : Geometry.Triangles)
+		{
 			const FVector3f& A = Geometry.Positions[Triangle.VertexIndices[0]];
 			const FVector3f& B = Geometry.Positions[Triangle.VertexIndices[1]];
 			const FVector3f& C = Geometry.Positions[Triangle.VertexIndices[2]];
-			const FVector3f Front = ((C - A) ^ (B - A)).GetSafeNormal();
+			const FVector3f Front = (C - A) ^ (B - A);
 			for (const int32 Corner : Triangle.VertexIndices)
 			{
-				if (Geometry.Normals.Num() != 0 && (Front | Geometry.Normals[Corner]) <= 0.0f)
-				{
-					return Describe("the front faces away from a vertex normal: triangle", Index);
-				}
+				Count += (Front | Geometry.Normals[Corner]) <= 0.0f ? 1 : 0;
 			}
 		}
-		return std::string();
+		return Count;
 	}
 
 	double GetEnclosedVolume(const UE::Headless::FStaticMeshGeometry& Geometry)

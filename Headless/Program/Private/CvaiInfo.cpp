@@ -1,11 +1,11 @@
 #include "CvaiCommands.h"
 #include "CvaiEditorSession.h"
 #include "Engine/StaticMesh.h"
+#include "Headless/AssetPathCompletion.h"
 #include "Headless/PackageLoadFaults.h"
 #include "Headless/StaticMeshGeometry.h"
 #include "Headless/StringUtils.h"
 #include "Materials/MaterialInterface.h"
-#include "Misc/PackageName.h"
 #include "StaticMeshResources.h"
 #include "UObject/UObjectGlobals.h"
 
@@ -182,8 +182,7 @@ namespace UE::Headless::Cvai
 		// exists but is not one this build reads; empty otherwise.
 		std::string LoadFaultOf(const std::string& Path)
 		{
-			const FString Completed = (Path.rfind('/', 0) == 0 ? FString() : FString(TEXT("/Game/"))) + FromUtf8(Path);
-			return ToUtf8(GetPackageLoadFault(FPackageName::ObjectPathToPackageName(Completed)));
+			return ToUtf8(GetPackageLoadFault(CompletePackageName(FromUtf8(Path))));
 		}
 
 		int RunInfo(const FCommandLine& CommandLine)
