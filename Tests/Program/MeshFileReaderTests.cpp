@@ -46,6 +46,18 @@ namespace
 		return Geometry;
 	}
 
+	// Sound, and every front (clockwise) facing the way its corners' normals do.
+	::testing::AssertionResult IsSoundAndFacingItsNormals(const FStaticMeshGeometry& Geometry)
+	{
+		const std::string Fault = MeshChecks::FindFault(Geometry);
+		const int32 FacingAway = MeshChecks::CountCornersFacingAway(Geometry);
+		if (Fault.empty() && FacingAway == 0)
+		{
+			return ::testing::AssertionSuccess();
+		}
+		return ::testing::AssertionFailure() << (Fault.empty() ? "" : Fault + "; ") << FacingAway << " corners facing away from their triangle";
+	}
+
 	std::string Refusal(const std::string& Path)
 	{
 		FStaticMeshGeometry Geometry;
@@ -106,8 +118,7 @@ namespace
 TEST(MeshFileReader, GltfMetresBecomeCentimetresInTheEngineFrameWithEveryNodeBakedIn)
 {
 	const FStaticMeshGeometry Geometry = Read(DataDir + "Nodes.gltf");
-	EXPECT_EQ(MeshChecks::FindFault(Geometry), "");
-	EXPECT_EQ(MeshChecks::CountCornersFacingAway(Geometry), 0);
+	EXPECT_TRUE(IsSoundAndFacingItsNormals(Geometry));
 	// The unnamed material is named after its slot; triangles come slot by slot, each slot in node order.
 	EXPECT_EQ(SlotNames(Geometry), "Metal,Material_1");
 	EXPECT_TRUE(Geometry.SectionMaterialIndices == TArray<int32>({ 0, 1 }));
@@ -151,8 +162,7 @@ TEST(MeshFileReader, GltfMetresBecomeCentimetresInTheEngineFrameWithEveryNodeBak
 TEST(MeshFileReader, ObjUnitsAreCentimetresAndAFileWithoutNormalsGetsFlatOnes)
 {
 	const FStaticMeshGeometry Geometry = Read(DataDir + "TwoMaterialBox.obj");
-	EXPECT_EQ(MeshChecks::FindFault(Geometry), "");
-	EXPECT_EQ(MeshChecks::CountCornersFacingAway(Geometry), 0);
+	EXPECT_TRUE(IsSoundAndFacingItsNormals(Geometry));
 	// The unused default material gets no slot; a space becomes '_'.
 	EXPECT_EQ(SlotNames(Geometry), "Red,Blue_wall");
 	EXPECT_EQ(Geometry.Triangles.Num(), 12);
@@ -191,8 +201,7 @@ TEST(MeshFileReader, ObjUnitsAreCentimetresAndAFileWithoutNormalsGetsFlatOnes)
 TEST(MeshFileReader, FbxUsesTheAxesAndUnitTheFileDeclares)
 {
 	const FStaticMeshGeometry Geometry = Read(DataDir + "ZUpInches.fbx");
-	EXPECT_EQ(MeshChecks::FindFault(Geometry), "");
-	EXPECT_EQ(MeshChecks::CountCornersFacingAway(Geometry), 0);
+	EXPECT_TRUE(IsSoundAndFacingItsNormals(Geometry));
 	EXPECT_EQ(SlotNames(Geometry), "Brass");
 	ASSERT_EQ(Geometry.Triangles.Num(), 1);
 	// Up stays up and the file's front (-Y) is the engine's -Y: (1, 2, 13) inches is (2.54, -5.08, 33.02) cm.
@@ -276,8 +285,7 @@ TEST(MeshFileReader, SlotNamesAreCleanedAndKeptApart)
 	// Names differ only in letter case count as the same, as the engine's names do.
 	EXPECT_EQ(SlotNames(Geometry), "a_b,a_b_0,Material_2,A_b_1,x_y,Ok_Name");
 	// Without normals in the file, each triangle gets its own, facing its front.
-	EXPECT_EQ(MeshChecks::FindFault(Geometry), "");
-	EXPECT_EQ(MeshChecks::CountCornersFacingAway(Geometry), 0);
+	EXPECT_TRUE(IsSoundAndFacingItsNormals(Geometry));
 	EXPECT_TRUE(Geometry.Normals[0] == FVector3f(0.0f, 1.0f, 0.0f));
 	EXPECT_TRUE(Geometry.UVs[0] == FVector2f(0.0f, 0.0f));
 }
