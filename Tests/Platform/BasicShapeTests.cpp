@@ -51,6 +51,7 @@ TEST(BasicShapes, EveryShapeIsOneHundredAcrossWithOutwardClockwiseFacesNormalsAn
 		const std::string Name = Utf8(FString(Case.Name));
 		const UE::Headless::FStaticMeshGeometry Geometry = UE::Headless::MakeBasicShapeGeometry(Case.Shape, FName(TEXT("Slot")));
 		EXPECT_EQ(MeshChecks::FindFault(Geometry), "") << Name;
+		EXPECT_EQ(MeshChecks::CountCornersFacingAway(Geometry), 0) << Name;
 		EXPECT_TRUE(Geometry.NumSourceModels == 1 && Geometry.bHasMeshDescription) << Name;
 		ASSERT_EQ(Geometry.Normals.Num(), Geometry.Positions.Num()) << Name;
 		ASSERT_EQ(Geometry.UVs.Num(), Geometry.Positions.Num()) << Name;

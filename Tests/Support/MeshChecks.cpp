@@ -8,6 +8,18 @@ namespace MeshChecks
 {
 	namespace
 	{
+		struct FCorners
+		{
+			FVector3f A;
+			FVector3f B;
+			FVector3f C;
+		};
+
+		FCorners GetCorners(const UE::Headless::FStaticMeshGeometry& Geometry, const UE::Headless::FMeshTriangle& Triangle)
+		{
+			return { Geometry.Positions[Triangle.VertexIndices[0]], Geometry.Positions[Triangle.VertexIndices[1]], Geometry.Positions[Triangle.VertexIndices[2]] };
+		}
+
 		std::string Describe(const char* What, int Index)
 		{
 			char Text[160];
@@ -57,19 +69,23 @@ namespace MeshChecks
 			{
 				return Describe("polygon group out of range: triangle", Index);
 			}
-			const FVector3f& A = Geometry.Positions[Triangle.VertexIndices[0]];
-			const FVector3f& B = Geometry.Positions[Triangle.VertexIndices[1]];
-			const FVector3f& C = Geometry.Positions[Triangle.VertexIndices[2]];
-			const FVector3f Front = ((C - A) ^ (B - A)).GetSafeNormal();
-			for (const int32 Corner : Triangle.VertexIndices)
-			{
-				if (Geometry.Normals.Num() != 0 && (Front | Geometry.Normals[Corner]) <= 0.0f)
-				{
-					return Describe("the front faces away from a vertex normal: triangle", Index);
-				}
-			}
 		}
 		return std::string();
+	}
+
+	int32 CountCornersFacingAway(const UE::Headless::FStaticMeshGeometry& Geometry)
+	{
+		int32 Count = 0;
+		for (const UE::Headless::FMeshTriangle& Triangle : Geometry.Triangles)
+		{
+			const auto [A, B, C] = GetCorners(Geometry, Triangle);
+			const FVector3f Front = (C - A) ^ (B - A);
+			for (const int32 Corner : Triangle.VertexIndices)
+			{
+				Count += (Front | Geometry.Normals[Corner]) <= 0.0f ? 1 : 0;
+			}
+		}
+		return Count;
 	}
 
 	double GetEnclosedVolume(const UE::Headless::FStaticMeshGeometry& Geometry)
@@ -78,9 +94,7 @@ namespace MeshChecks
 		double Volume = 0.0;
 		for (const UE::Headless::FMeshTriangle& Triangle : Geometry.Triangles)
 		{
-			const FVector3f& A = Geometry.Positions[Triangle.VertexIndices[0]];
-			const FVector3f& B = Geometry.Positions[Triangle.VertexIndices[1]];
-			const FVector3f& C = Geometry.Positions[Triangle.VertexIndices[2]];
+			const auto [A, B, C] = GetCorners(Geometry, Triangle);
 			const double Cross[3] = { (double)C.Y * B.Z - (double)C.Z * B.Y, (double)C.Z * B.X - (double)C.X * B.Z, (double)C.X * B.Y - (double)C.Y * B.X };
 			Volume += (A.X * Cross[0] + A.Y * Cross[1] + A.Z * Cross[2]) / 6.0;
 		}

@@ -17,8 +17,12 @@ namespace MeshChecks
 
 	// The first fault, or empty: a normal or UV list that is neither empty nor one per position, a normal that is
 	// not of unit length, a triangle with a vertex index out of range or without area, a polygon group out of
-	// range, or a triangle whose front (clockwise, (C - A) ^ (B - A)) faces away from one of its vertex normals.
+	// range.
 	std::string FindFault(const UE::Headless::FStaticMeshGeometry& Geometry);
+
+	// The corners whose vertex normal faces away from their triangle's front (clockwise: (C - A) ^ (B - A)); none
+	// when the winding is the engine's and the normals are true to it.
+	int32 CountCornersFacingAway(const UE::Headless::FStaticMeshGeometry& Geometry);
 
 	// The volume that the triangles enclose, positive when their fronts face out of it.
 	double GetEnclosedVolume(const UE::Headless::FStaticMeshGeometry& Geometry);

@@ -18,6 +18,7 @@ namespace UE::Headless::Cvai
 	extern const FCommand NewCommand;
 	extern const FCommand RunCommand;
 	extern const FCommand InfoCommand;
+	extern const FCommand ImportCommand;
 	extern const FCommand ExportCommand;
 	extern const FCommand AutomationCommand;
 

@@ -2,9 +2,9 @@
 
 #include "CvaiEditorSession.h"
 #include "Engine/StaticMesh.h"
+#include "Headless/AssetPathCompletion.h"
 #include "Headless/PackageLoadFaults.h"
 #include "Headless/StringUtils.h"
-#include "Misc/PackageName.h"
 #include "UObject/UObjectGlobals.h"
 
 #include <sol/sol.hpp>
@@ -25,8 +25,7 @@ namespace UE::Headless::Cvai
 
 	std::string GetLoadFaultOfPath(const std::string& Path)
 	{
-		const FString Completed = (Path.rfind('/', 0) == 0 ? FString() : FString(TEXT("/Game/"))) + FromUtf8(Path);
-		return ToUtf8(GetPackageLoadFault(FPackageName::ObjectPathToPackageName(Completed)));
+		return ToUtf8(GetPackageLoadFault(CompletePackageName(FromUtf8(Path))));
 	}
 
 	UStaticMesh* LoadStaticMeshByPath(FEditorSession& Editor, const std::string& Path, std::string& OutError)
