@@ -4,7 +4,6 @@
 #include "GltfTestFixture.h"
 
 #include "Engine/StaticMesh.h"
-#include "Headless/Faults.h"
 #include "Headless/GltfExport.h"
 #include "Headless/StringUtils.h"
 #include "Headless/YUpFrame.h"
@@ -14,7 +13,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
 #include <map>
 
 using namespace GltfTest;
@@ -154,35 +152,6 @@ TEST_F(GltfExportTest, PartGeometryKeepsItsVerticesFrontFacesNormalsAndTextureCo
 	}
 }
 
-TEST_F(GltfExportTest, TheBasicShapesFaceOutwardsInGltf)
-{
-	for (const char* Shape : { "Cube", "Sphere", "Cylinder", "Cone", "Plane" })
-	{
-		const std::string Path = std::string("/Engine/BasicShapes/") + Shape + "." + Shape;
-		const tinygltf::Model Model = Export(*FromUtf8(Path), std::string(Shape) + ".glb");
-		ASSERT_EQ(Model.meshes.size(), 1u) << Shape;
-		const tinygltf::Primitive& Primitive = Model.meshes[0].primitives.at(0);
-		const std::vector<std::vector<float>> Positions = ReadFloats(Model, Primitive.attributes.at("POSITION"));
-		const std::vector<std::vector<float>> Normals = ReadFloats(Model, Primitive.attributes.at("NORMAL"));
-		FVector3f Centre(0.0f);
-		for (const std::vector<float>& Position : Positions)
-		{
-			Centre += ToVector(Position) / (float)Positions.size();
-		}
-		const std::vector<uint32_t> Indices = ReadIndices(Model, Primitive.indices);
-		int Inward = 0;
-		for (size_t First = 0; First + 2 < Indices.size(); First += 3)
-		{
-			const FVector3f A = ToVector(Positions[Indices[First]]);
-			const FVector3f Facing = (ToVector(Positions[Indices[First + 1]]) - A) ^ (ToVector(Positions[Indices[First + 2]]) - A);
-			// The plane faces up, glTF's +Y; the solids away from their middle.
-			const FVector3f Outward = std::string(Shape) == "Plane" ? FVector3f(0, 1, 0) : (A + ToVector(Positions[Indices[First + 1]]) + ToVector(Positions[Indices[First + 2]])) / 3.0f - Centre;
-			Inward += (Facing | Outward) > 0.0f && (Facing | ToVector(Normals[Indices[First]])) > 0.0f ? 0 : 1;
-		}
-		EXPECT_EQ(Inward, 0) << Shape << ": of " << Indices.size() / 3 << " triangles";
-	}
-}
-
 TEST_F(GltfExportTest, PrimitivesDrawWithTheAssemblyMaterialsThatThePartsRemapTo)
 {
 	// Assembly slots: BasicShapeMaterial (the cube's), then Top and Side (the panel merged by slot name, remap
@@ -273,33 +242,6 @@ TEST_F(GltfExportTest, AnAssemblysOwnTrianglesAreOneMoreMesh)
 	EXPECT_EQ(ReadInstances(Model, RootNode(Model, 1)).size(), 2u);
 }
 
-TEST_F(GltfExportTest, WithoutInstancingEachInstanceIsAChildNodeOfItsPart)
-{
-	Build(R"({ output = "/Game/Plain/SM_Pair", parts = {
-		{ mesh = "/Engine/BasicShapes/Cube", transforms = { { location = { x = 100, y = 50 }, rotation = { yaw = 30 } }, { scale = 2 } } },
-		{ mesh = "/Engine/BasicShapes/Cone", transforms = { { location = { z = 300 } } } } } })");
-	const tinygltf::Model Model = Export(TEXT("/Game/Plain/SM_Pair.SM_Pair"), "pair.glb", false);
-
-	EXPECT_TRUE(Model.extensionsUsed.empty());
-	ASSERT_EQ(Model.scenes.at(0).nodes.size(), 2u);
-	std::vector<std::vector<FInstance>> Instances;
-	for (size_t Part = 0; Part < 2; ++Part)
-	{
-		const tinygltf::Node& PartNode = RootNode(Model, Part);
-		EXPECT_EQ(PartNode.mesh, -1);
-		EXPECT_TRUE(PartNode.extensions.empty());
-		Instances.emplace_back();
-		for (const int Child : PartNode.children)
-		{
-			EXPECT_EQ(Model.nodes.at(Child).mesh, (int)Part);
-			Instances.back().push_back(ReadNodeTransform(Model.nodes.at(Child)));
-		}
-	}
-	EXPECT_EQ(Instances[0].size(), 2u);
-	EXPECT_EQ(Instances[1].size(), 1u);
-	ExpectInstancesOfReadback(Instances, Readback("/Game/Plain/SM_Pair"));
-}
-
 TEST_F(GltfExportTest, APlainStaticMeshIsOneMeshOnOneNode)
 {
 	const tinygltf::Model Model = Export(PanelPath, "panel-alone.glb");
@@ -373,28 +315,4 @@ TEST_F(GltfExportTest, RefusesWhatCannotBeExportedAndLeavesNoFile)
 	EXPECT_EQ(ExportError(Assembly, "flat-part.glb"), "part 2: its mesh '/Game/Refusals/SM_Flat.SM_Flat' has no triangles");
 	Second.MeshObjectPath = FSoftObjectPath(Unbuilt);
 	EXPECT_EQ(ExportError(Assembly, "unbuilt-part.glb"), "part 2: its mesh '/Engine/Transient.SM_Unbuilt' has not been built");
-}
-
-TEST_F(GltfExportTest, AFailedWriteLeavesTheEarlierFileWhole)
-{
-	Export(PanelPath, "kept.glb");
-	const std::string File = OutputFile("kept.glb");
-	std::ifstream In(File, std::ios::binary);
-	const std::string Before((std::istreambuf_iterator<char>(In)), std::istreambuf_iterator<char>());
-
-	ASSERT_TRUE(UE::Headless::FailNext(TEXT("WritePackageFile"), TEXT("the disk is full")));
-	UE::Headless::FGltfExportSummary Summary;
-	FString Error;
-	EXPECT_FALSE(UE::Headless::ExportStaticMeshAsGltf(Mesh(TEXT("/Engine/BasicShapes/Cube.Cube")), FromUtf8(File), UE::Headless::FGltfExportOptions(),
-		Summary, Error));
-	EXPECT_EQ(ToUtf8(Error), "cannot write '" + File + ".tmp-" + std::to_string(getpid()) + "': the disk is full");
-	std::ifstream After(File, std::ios::binary);
-	EXPECT_EQ(std::string((std::istreambuf_iterator<char>(After)), std::istreambuf_iterator<char>()), Before);
-	std::vector<std::string> Names;
-	for (const auto& Entry : std::filesystem::directory_iterator(std::filesystem::path(File).parent_path()))
-	{
-		Names.push_back(Entry.path().filename().string());
-	}
-	EXPECT_EQ(std::count(Names.begin(), Names.end(), "kept.glb"), 1);
-	EXPECT_EQ(std::count_if(Names.begin(), Names.end(), [](const std::string& Name) { return Name.find(".tmp-") != std::string::npos; }), 0);
 }

@@ -106,16 +106,6 @@ namespace GltfTest
 		return Instances;
 	}
 
-	inline FInstance ReadNodeTransform(const tinygltf::Node& Node)
-	{
-		EXPECT_EQ(Node.translation.size(), 3u);
-		EXPECT_EQ(Node.rotation.size(), 4u);
-		EXPECT_EQ(Node.scale.size(), 3u);
-		return { FVector3f((float)Node.translation.at(0), (float)Node.translation.at(1), (float)Node.translation.at(2)),
-			FQuat4f((float)Node.rotation.at(0), (float)Node.rotation.at(1), (float)Node.rotation.at(2), (float)Node.rotation.at(3)),
-			FVector3f((float)Node.scale.at(0), (float)Node.scale.at(1), (float)Node.scale.at(2)) };
-	}
-
 	// Equal rotations: a quaternion and its negation turn alike.
 	inline bool SameRotation(const FQuat4f& A, const FQuat4f& B, float Tolerance = 1e-4f)
 	{
