@@ -211,6 +211,41 @@ TEST(MeshFileReader, FbxUsesTheAxesAndUnitTheFileDeclares)
 	EXPECT_TRUE(Near(CornerNormal(Geometry, 0, 0), FVector3f(0.0f, 0.0f, 1.0f)));
 }
 
+// An FBX file whose axis settings do not name three different axes is taken as Y-up, and one without a usable
+// unit as one in centimetres.
+TEST(MeshFileReader, FbxWithoutUsableAxesOrUnitIsYUpInCentimetres)
+{
+	std::ifstream Source(DataDir + "ZUpInches.fbx");
+	std::string Text(std::istreambuf_iterator<char>(Source), {});
+	const auto Replace = [&Text](const std::string& From, const std::string& To)
+	{
+		const size_t At = Text.find(From);
+		ASSERT_NE(At, std::string::npos) << From;
+		Text.replace(At, From.size(), To);
+	};
+	Replace("\"CoordAxis\", \"int\", \"Integer\", \"\",0", "\"CoordAxis\", \"int\", \"Integer\", \"\",2");
+	Replace("\"UnitScaleFactor\", \"double\", \"Number\", \"\",2.54", "\"UnitScaleFactor\", \"double\", \"Number\", \"\",-2");
+	const FScratch Scratch;
+	const FStaticMeshGeometry Geometry = Read(Scratch.Write("Unusable.fbx", Text));
+	ASSERT_EQ(Geometry.Triangles.Num(), 1);
+	// (1, 2, 13) read as glTF's axes, one centimetre a unit.
+	EXPECT_TRUE(Near(Corner(Geometry, 0, 0), FVector3f(1.0f, 13.0f, 2.0f)));
+	EXPECT_TRUE(IsSoundAndFacingItsNormals(Geometry));
+}
+
+// A normal that gives no direction is replaced by its triangle's.
+TEST(MeshFileReader, AZeroNormalGivesWayToTheTrianglesOwn)
+{
+	const FScratch Scratch;
+	const FStaticMeshGeometry Geometry = Read(Scratch.Write("ZeroNormal.obj", "v 0 0 0\nv 1 0 0\nv 0 1 0\nvn 0 0 0\nvn 0 0 1\nf 1//1 2//2 3//1\n"));
+	ASSERT_EQ(Geometry.Positions.Num(), 3);
+	for (const FVector3f& Normal : Geometry.Normals)
+	{
+		EXPECT_TRUE(Normal == FVector3f(0.0f, 1.0f, 0.0f)) << Normal.X << " " << Normal.Y << " " << Normal.Z;
+	}
+	EXPECT_TRUE(IsSoundAndFacingItsNormals(Geometry));
+}
+
 // Files from the assimp-testmodels package: counts, slots and bounds as the engine would show them, every front
 // facing the way its normals do, and the closed boxes closed with their fronts outside.
 TEST(MeshFileReader, RealModelFilesOfEachFormat)
@@ -261,7 +296,7 @@ TEST(MeshFileReader, RealModelFilesOfEachFormat)
 TEST(MeshFileReader, SlotNamesAreCleanedAndKeptApart)
 {
 	// One triangle per material, each material named as listed.
-	const std::vector<std::string> Names = { "a b", "a.b", "", "A b", "x\\ty", "Ok_Name" };
+	const std::vector<std::string> Names = { "a b", "a.b", "", "A b", "x\\ty", "Ok_Name", std::string(1100, 'L') };
 	std::string Materials;
 	std::string Meshes;
 	std::string Nodes;
@@ -283,7 +318,8 @@ TEST(MeshFileReader, SlotNamesAreCleanedAndKeptApart)
 	const FScratch Scratch;
 	const FStaticMeshGeometry Geometry = Read(Scratch.Write("Names.gltf", Gltf));
 	// Names differ only in letter case count as the same, as the engine's names do.
-	EXPECT_EQ(SlotNames(Geometry), "a_b,a_b_0,Material_2,A_b_1,x_y,Ok_Name");
+	// A name longer than an FName holds is cut to the length it can.
+	EXPECT_EQ(SlotNames(Geometry), "a_b,a_b_0,Material_2,A_b_1,x_y,Ok_Name," + std::string(1023, 'L'));
 	// Without normals in the file, each triangle gets its own, facing its front.
 	EXPECT_TRUE(IsSoundAndFacingItsNormals(Geometry));
 	EXPECT_TRUE(Geometry.Normals[0] == FVector3f(0.0f, 1.0f, 0.0f));

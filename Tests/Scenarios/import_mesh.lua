@@ -63,6 +63,19 @@ expect.eq(headless.package_file_exists("/Game/Imported/SM_Unsaved"), false, "no 
 expect.eq(headless.is_package_dirty("/Game/Imported/SM_Unsaved"), false, "nothing left to save")
 expect.eq(headless.import_mesh(data .. "Nodes.gltf", "Imported/SM_Unsaved"), "/Game/Imported/SM_Unsaved.SM_Unsaved", "the same import again")
 
+headless.fail_next("NewObject")
+path, message = headless.import_mesh(data .. "Nodes.gltf", "Imported/SM_NoObject")
+expect.eq(message, "cannot import to 'Imported/SM_NoObject': the editor could not create the mesh", "no object made")
+expect.eq(headless.is_package_dirty("/Game/Imported/SM_NoObject"), false, "no package left to save")
+headless.fail_next("CreatePackage")
+path, message = headless.import_mesh(data .. "Nodes.gltf", "Imported/SM_NoPackage")
+expect.eq(message, "cannot import to 'Imported/SM_NoPackage': the editor could not create the mesh", "no package made")
+
+-- Without the asset registry (as early in an editor's start) the import goes on.
+headless.set_asset_registry_available(false)
+expect.eq(headless.import_mesh(data .. "Nodes.gltf", "Imported/SM_Unregistered"), "/Game/Imported/SM_Unregistered.SM_Unregistered", "imported")
+headless.set_asset_registry_available(true)
+
 headless.fail_next("SavePackages")
 path, message = headless.import_mesh(data .. "ZUpInches.fbx", "Imported/SM_Box", { replace = true })
 expect.eq(path, nil, "a replacement that was not saved")

@@ -1,6 +1,6 @@
 #include "Headless/MeshImport.h"
 
-#include "AssetRegistry/AssetRegistryModule.h"
+#include "AssetRegistry/IAssetRegistry.h"
 #include "Engine/StaticMesh.h"
 #include "Headless/AssetPathCompletion.h"
 #include "Headless/MeshFileReader.h"
@@ -153,6 +153,11 @@ namespace UE::Headless
 			{
 				return Refuse(Destination, TEXT("the editor could not create the mesh"), OutError);
 			}
+			// As the editor's import does; a script may have taken the registry away.
+			if (IAssetRegistry* Registry = IAssetRegistry::Get())
+			{
+				Registry->AssetCreated(Mesh);
+			}
 		}
 		FillMesh(*Mesh, MoveTemp(Geometry));
 
@@ -170,10 +175,6 @@ namespace UE::Headless
 				Package->SetDirtyFlag(false);
 			}
 			return Refuse(Destination, FString::Printf(TEXT("the package was not saved: %s"), *SaveError), OutError);
-		}
-		if (!Snapshot)
-		{
-			FAssetRegistryModule::AssetCreated(Mesh);
 		}
 
 		const FStaticMeshGeometry& Imported = GetMeshGeometry(*Mesh);
