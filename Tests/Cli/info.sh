@@ -7,6 +7,10 @@ expect_status 0 "$cvai" info /Engine/BasicShapes/Cube --project "$project"
 expect_line "$work/out" "/Engine/BasicShapes/Cube.Cube"
 expect_line "$work/out" "  parts: 0   nodes: 0   material slots: 1"
 expect_line "$work/out" "  render data: yes   valid Nanite data: no   compiling: no   assemblies supported: yes"
+expect_line "$work/out" "  vertices: 24   triangles: 12   bounds: (-50, -50, -50) to (50, 50, 50)"
+expect_line "$work/out" "  slot 1: BasicShapeMaterial   material: /Engine/BasicShapes/BasicShapeMaterial.BasicShapeMaterial"
+expect_status 0 "$cvai" info /Engine/BasicShapes/Plane --project "$project"
+expect_line "$work/out" "  vertices: 4   triangles: 2   bounds: (-50, -50, 0) to (50, 50, 0)"
 
 cat > "$work/build.lua" <<'LUA'
 local r = nanite_assembly_build{ output = "/Game/Info/SM_Pair", save = true, parts = {
@@ -19,6 +23,8 @@ expect_line "$work/out" "/Game/Info/SM_Pair.SM_Pair"
 expect_line "$work/out" "  Nanite enabled: yes (stored setting: yes)   assembly: yes   assembly data valid: yes"
 expect_line "$work/out" "  part 1: /Engine/BasicShapes/Cube.Cube   nodes: 2   material remap: [0]"
 expect_line "$work/out" "    1: part 1   location (1, 2, 3)   rotation (0, 0, 0)   scale (1, 1, 1)   local"
+# An assembly's own geometry is only a placeholder for its slots: the summary leaves it out.
+if grep -q "^  vertices:" "$work/out"; then fail "an assembly's summary shows its placeholder geometry"; fi
 
 expect_status 0 "$cvai" info /Game/Info/SM_Pair --project "$project" --json
 expect_line "$work/out" '  "ok": true,'

@@ -280,6 +280,7 @@ TEST_F(FAssemblyBuilderTest, SlotsWithoutGeometryGetOneDegenerateTriangle)
 	EXPECT_FALSE(Geometry.Positions.ContainsByPredicate([](const FVector3f& Position) { return !(Position == FVector3f(0.0f)); }));
 	EXPECT_EQ(Geometry.Triangles[2].PolygonGroup, 2);
 	EXPECT_EQ(Geometry.CountRealTriangles(), 0);
+	EXPECT_TRUE(Geometry.Normals.IsEmpty() && Geometry.UVs.IsEmpty());
 
 	// The base geometry stays; its groups follow their slots to the new names, and only new slots get a
 	// degenerate triangle.
@@ -299,6 +300,9 @@ TEST_F(FAssemblyBuilderTest, SlotsWithoutGeometryGetOneDegenerateTriangle)
 	EXPECT_TRUE(RockGeometry.SectionMaterialIndices == TArray<int32>({ 0, 1, 2 }));
 	EXPECT_EQ(RockGeometry.Triangles.Num(), 13);
 	EXPECT_EQ(RockGeometry.CountRealTriangles(), 12);
+	// The new vertices get a normal and a UV each, as the base's have, so that the mesh still saves and loads.
+	EXPECT_EQ(RockGeometry.Normals.Num(), RockGeometry.Positions.Num());
+	EXPECT_EQ(RockGeometry.UVs.Num(), RockGeometry.Positions.Num());
 }
 
 TEST_F(FAssemblyBuilderTest, FinishingEnablesNaniteAndQueuesTheBuildWithoutATransaction)

@@ -72,7 +72,10 @@ namespace
 		UE::Headless::FStaticMeshGeometry& Geometry = UE::Headless::GetMeshGeometry(*Mesh);
 		Geometry = UE::Headless::MakeBasicShapeGeometry(UE::Headless::EBasicShape::Cube, FName(TEXT("Slot")));
 		Geometry.NumSourceModels = 3;
+		// The records under test are the positions; normals and UVs would have to follow their count.
 		Geometry.Positions.Reset();
+		Geometry.Normals.Reset();
+		Geometry.UVs.Reset();
 		for (int32 Index = 0; Index < NumRecords; ++Index)
 		{
 			Geometry.Positions.Add(FVector3f(Special(Index * 3), Special(Index * 3 + 1), Special(Index * 3 + 2)));

@@ -301,6 +301,8 @@ TEST(SavePackages, WhatWasSavedLoadsBackWholeInANewEditor)
 	UE::Headless::FStaticMeshGeometry& Geometry = UE::Headless::GetMeshGeometry(*Mesh);
 	Geometry = UE::Headless::MakeBasicShapeGeometry(UE::Headless::EBasicShape::Cone, FName(TEXT("Slot_2")));
 	Geometry.Positions.Add(FVector3f(-0.0f, 1.17549435e-38f, 16777217.0f));
+	Geometry.Normals.Add(FVector3f(-0.0f, 0.6f, 0.8f));
+	Geometry.UVs.Add(FVector2f(1e-45f, -0.0f));
 	Geometry.PolygonGroupSlotNames.Add(FName(TEXT("Moos_\u00fc")));
 	Geometry.SectionMaterialIndices.Add(1);
 

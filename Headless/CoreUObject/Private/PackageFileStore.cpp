@@ -114,7 +114,11 @@ namespace UE::Headless
 		}
 		State->Target = ResolveWritePath(Filename);
 		std::error_code Error;
-		fs::create_directories(State->Target.parent_path(), Error);
+		// A bare file name lies in the current folder, which exists.
+		if (State->Target.has_parent_path())
+		{
+			fs::create_directories(State->Target.parent_path(), Error);
+		}
 		if (Error)
 		{
 			OutError = FString::Printf(TEXT("cannot create the folder of '%s': %s"), *Filename, *FromUtf8(Error.message()));

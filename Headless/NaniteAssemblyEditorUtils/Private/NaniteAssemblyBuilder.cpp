@@ -2,6 +2,7 @@
 
 #include "Engine/StaticMesh.h"
 #include "Headless/Faults.h"
+#include "Headless/MaterialSlotNames.h"
 #include "Headless/ObjectRegistry.h"
 #include "Headless/StaticMeshGeometry.h"
 #include "Materials/MaterialInterface.h"
@@ -25,34 +26,6 @@ namespace
 		}
 		UE_LOG(LogNaniteAssemblyBuilder, Error, TEXT("[%s] Refused (injected fault%s%s)."), Operation, Reason.IsEmpty() ? TEXT("") : TEXT(": "), *Reason);
 		return true;
-	}
-
-	// Later slots that repeat an earlier slot's name take the next free number of that name:
-	// three slots named M become M, M_0 and M_1.
-	void MakeSlotNamesUnique(TArray<FName>& Names)
-	{
-		for (int32 Slot = 1; Slot < Names.Num(); ++Slot)
-		{
-			bool bRepeated = false;
-			for (int32 Earlier = 0; Earlier < Slot && !bRepeated; ++Earlier)
-			{
-				bRepeated = Names[Earlier] == Names[Slot];
-			}
-			if (!bRepeated)
-			{
-				continue;
-			}
-			const FName Plain(Names[Slot], NAME_NO_NUMBER_INTERNAL);
-			int32 HighestNumber = 0;
-			for (const FName& Other : Names)
-			{
-				if (FName(Other, NAME_NO_NUMBER_INTERNAL) == Plain)
-				{
-					HighestNumber = FMath::Max(HighestNumber, Other.GetNumber());
-				}
-			}
-			Names[Slot] = FName(Names[Slot], HighestNumber + 1);
-		}
 	}
 }
 
@@ -223,7 +196,7 @@ bool UNaniteAssemblyBuilder::ApplyToStaticMesh(UStaticMesh& Mesh)
 	{
 		Names.Add(Slot.Name);
 	}
-	MakeSlotNamesUnique(Names);
+	UE::Headless::MakeSlotNamesUnique(Names);
 
 	// The base mesh's polygon groups follow their materials to the new names; each slot without a group
 	// gets one degenerate triangle so that every slot has a section.
@@ -259,6 +232,15 @@ bool UNaniteAssemblyBuilder::ApplyToStaticMesh(UStaticMesh& Mesh)
 		for (int32 Corner = 0; Corner < 3; ++Corner)
 		{
 			Degenerate.VertexIndices[Corner] = Geometry.Positions.Add(FVector3f(0.0f, 0.0f, 0.0f));
+			// A base mesh with normals and UVs keeps one of each per position.
+			if (!Geometry.Normals.IsEmpty())
+			{
+				Geometry.Normals.Add(FVector3f(0.0f, 0.0f, 1.0f));
+			}
+			if (!Geometry.UVs.IsEmpty())
+			{
+				Geometry.UVs.Add(FVector2f(0.0f, 0.0f));
+			}
 		}
 		Degenerate.PolygonGroup = Group;
 		Geometry.Triangles.Add(Degenerate);

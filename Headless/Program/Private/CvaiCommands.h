@@ -18,6 +18,8 @@ namespace UE::Headless::Cvai
 	extern const FCommand NewCommand;
 	extern const FCommand RunCommand;
 	extern const FCommand InfoCommand;
+	extern const FCommand ImportCommand;
+	extern const FCommand ExportCommand;
 	extern const FCommand AutomationCommand;
 
 	// Prints "cvai: <message>" and a hint to stderr; returns ExitUsage.

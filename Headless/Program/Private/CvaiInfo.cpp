@@ -1,8 +1,12 @@
 #include "CvaiCommands.h"
 #include "CvaiEditorSession.h"
-#include "Headless/PackageLoadFaults.h"
+#include "CvaiMeshPaths.h"
+#include "Engine/StaticMesh.h"
+#include "Headless/StaticMeshGeometry.h"
 #include "Headless/StringUtils.h"
-#include "Misc/PackageName.h"
+#include "Materials/MaterialInterface.h"
+#include "StaticMeshResources.h"
+#include "UObject/UObjectGlobals.h"
 
 #include <nlohmann/json.hpp>
 #include <sol/sol.hpp>
@@ -19,7 +23,8 @@ namespace UE::Headless::Cvai
 		constexpr const char* Help = "Prints the readback of one static mesh, as nanite_assembly_info(PATH) returns it: a readable summary, or with\n"
 			"--json the result table as JSON. PATH is completed as the verb completes it (SM_Rock, Meshes/SM_Rock,\n"
 			"/Game/Meshes/SM_Rock, /Game/Meshes/SM_Rock.SM_Rock). When the package file exists but cannot be read, the\n"
-			"summary says why instead of \"not found\".\n";
+			"summary says why instead of \"not found\". For a mesh that is not an assembly the summary adds its vertex and\n"
+			"triangle counts, its bounds in centimetres and its material slots.\n";
 
 		constexpr const char* ExitStatus = "Exit status: 0 when a static mesh was read back, 1 when none was found or its file cannot be read, 2 for a\n"
 			"usage error (including a folder without a .uproject), 3 when another cvai process kept the project past\n"
@@ -146,12 +151,30 @@ namespace UE::Headless::Cvai
 				YesNo(Result["valid_nanite_data"]), YesNo(Result["compiling"]), YesNo(Result["assemblies_supported"]));
 		}
 
-		// Why the package that PATH names (completed as the verb completes it) could not be loaded, when its file
-		// exists but is not one this build reads; empty otherwise.
-		std::string LoadFaultOf(const std::string& Path)
+		std::string Vector(const FVector3f& Value)
 		{
-			const FString Completed = (Path.rfind('/', 0) == 0 ? FString() : FString(TEXT("/Game/"))) + FromUtf8(Path);
-			return ToUtf8(GetPackageLoadFault(FPackageName::ObjectPathToPackageName(Completed)));
+			char Buffer[96];
+			std::snprintf(Buffer, sizeof(Buffer), "(%g, %g, %g)", Value.X, Value.Y, Value.Z);
+			return Buffer;
+		}
+
+		// What the readback leaves out of a mesh that is not an assembly: its own geometry as the build made it,
+		// and its slots.
+		void PrintMeshSummary(const UStaticMesh& Mesh)
+		{
+			if (const FStaticMeshRenderData* RenderData = Mesh.GetRenderData(); RenderData && !RenderData->LODResources.IsEmpty())
+			{
+				const FStaticMeshLODResources& LOD = RenderData->LODResources[0];
+				std::printf("  vertices: %d   triangles: %d   bounds: %s to %s\n", LOD.GetNumVertices(), LOD.GetNumTriangles(),
+					Vector(FRenderDataAccess::GetBoundsMin(*RenderData)).c_str(), Vector(FRenderDataAccess::GetBoundsMax(*RenderData)).c_str());
+			}
+			const TArray<FStaticMaterial>& Slots = Mesh.GetStaticMaterials();
+			for (int32 Slot = 0; Slot < Slots.Num(); ++Slot)
+			{
+				const UMaterialInterface* Material = Slots[Slot].MaterialInterface.Get();
+				std::printf("  slot %d: %s   material: %s\n", Slot + 1, ToUtf8(Slots[Slot].MaterialSlotName.ToString()).c_str(),
+					Material ? ToUtf8(Material->GetPathName()).c_str() : "none");
+			}
 		}
 
 		int RunInfo(const FCommandLine& CommandLine)
@@ -180,10 +203,15 @@ namespace UE::Headless::Cvai
 			else if (bOk)
 			{
 				PrintSummary(Result);
+				const UStaticMesh* Mesh = FindObject<UStaticMesh>(nullptr, *FromUtf8(Result["object_path"].get<std::string>()));
+				if (Mesh && !Result["is_assembly"].get<bool>())
+				{
+					PrintMeshSummary(*Mesh);
+				}
 			}
 			else
 			{
-				const std::string Fault = LoadFaultOf(Path);
+				const std::string Fault = GetLoadFaultOfPath(Path);
 				std::fprintf(stderr, "cvai: %s\n", Fault.empty() ? Result.value("error", std::string()).c_str() : Fault.c_str());
 			}
 			return bOk ? ExitOk : ExitFailure;

@@ -9,6 +9,7 @@
 #include "Headless/EngineLog.h"
 #include "Headless/Environment.h"
 #include "Headless/Faults.h"
+#include "Headless/MeshImport.h"
 #include "Headless/ObjectRegistry.h"
 #include "Headless/Plugins.h"
 #include "Headless/StaticMeshGeometry.h"
@@ -24,6 +25,7 @@
 
 #include <cstdlib>
 #include <string>
+#include <string_view>
 
 namespace UE::Headless
 {
@@ -321,6 +323,43 @@ namespace UE::Headless
 			return 1;
 		}
 
+		// import_mesh(file, dest[, { replace = true }]): the object path of the imported mesh, or nil and the reason.
+		int ImportMesh(lua_State* L)
+		{
+			// Every refusal of an argument comes before the first C++ object: a Lua error unwinds past destructors.
+			luaL_checkstring(L, 1);
+			luaL_checkstring(L, 2);
+			bool bReplace = false;
+			if (!lua_isnoneornil(L, 3))
+			{
+				luaL_checktype(L, 3, LUA_TTABLE);
+				lua_pushnil(L);
+				while (lua_next(L, 3) != 0)
+				{
+					if (lua_type(L, -2) != LUA_TSTRING || std::string_view(lua_tostring(L, -2)) != "replace")
+					{
+						return luaL_error(L, "import_mesh: unknown option %s (the only option is replace)", luaL_tolstring(L, -2, nullptr));
+					}
+					if (!lua_isboolean(L, -1))
+					{
+						return luaL_error(L, "import_mesh: replace is a %s, not a boolean", luaL_typename(L, -1));
+					}
+					bReplace = lua_toboolean(L, -1) != 0;
+					lua_pop(L, 1);
+				}
+			}
+			FMeshImportResult Result;
+			FString Error;
+			if (!ImportMeshFile(CheckText(L, 1), CheckText(L, 2), bReplace, Result, Error))
+			{
+				lua_pushnil(L);
+				PushText(L, Error);
+				return 2;
+			}
+			PushText(L, Result.ObjectPath);
+			return 1;
+		}
+
 		int LogLines(lua_State* L)
 		{
 			PushTextList(L, FLuaSessionAccess::GetLogLines(SessionOf(L)));
@@ -368,6 +407,7 @@ namespace UE::Headless
 			{ "fail_next", &FailNextLua },
 			{ "saved_packages", &SavedPackages },
 			{ "save_packages", &SavePackagesLua },
+			{ "import_mesh", &ImportMesh },
 			{ "log_lines", &LogLines },
 			{ "engine_log", &EngineLog },
 			{ "project_dir", &ProjectDir },

@@ -56,6 +56,9 @@ namespace UE::Headless
 	{
 		// Assembly nodes the build took in; 0 without Nanite resources.
 		static int32 GetNumAssemblyNodes(const FStaticMeshRenderData& RenderData);
+		// The corners of the box around the mesh's own vertices; both zero when it has none.
+		static FVector3f GetBoundsMin(const FStaticMeshRenderData& RenderData);
+		static FVector3f GetBoundsMax(const FStaticMeshRenderData& RenderData);
 	};
 
 	ENGINE_API FStaticMeshGeometry& GetMeshGeometry(UStaticMesh& Mesh);
