@@ -1,8 +1,6 @@
 #include "CvaiCommands.h"
 #include "CvaiEditorSession.h"
-#include "Headless/PackageLoadFaults.h"
-#include "Headless/StringUtils.h"
-#include "Misc/PackageName.h"
+#include "CvaiMeshLookup.h"
 
 #include <nlohmann/json.hpp>
 #include <sol/sol.hpp>
@@ -146,14 +144,6 @@ namespace UE::Headless::Cvai
 				YesNo(Result["valid_nanite_data"]), YesNo(Result["compiling"]), YesNo(Result["assemblies_supported"]));
 		}
 
-		// Why the package that PATH names (completed as the verb completes it) could not be loaded, when its file
-		// exists but is not one this build reads; empty otherwise.
-		std::string LoadFaultOf(const std::string& Path)
-		{
-			const FString Completed = (Path.rfind('/', 0) == 0 ? FString() : FString(TEXT("/Game/"))) + FromUtf8(Path);
-			return ToUtf8(GetPackageLoadFault(FPackageName::ObjectPathToPackageName(Completed)));
-		}
-
 		int RunInfo(const FCommandLine& CommandLine)
 		{
 			FEditorSession Editor(CommandLine);
@@ -183,7 +173,7 @@ namespace UE::Headless::Cvai
 			}
 			else
 			{
-				const std::string Fault = LoadFaultOf(Path);
+				const std::string Fault = DescribePackageLoadFault(Path);
 				std::fprintf(stderr, "cvai: %s\n", Fault.empty() ? Result.value("error", std::string()).c_str() : Fault.c_str());
 			}
 			return bOk ? ExitOk : ExitFailure;

@@ -10,7 +10,7 @@ namespace UE::Headless::Cvai
 {
 	namespace
 	{
-		const FCommand* const Commands[] = { &NewCommand, &RunCommand, &InfoCommand, &AutomationCommand };
+		const FCommand* const Commands[] = { &NewCommand, &RunCommand, &InfoCommand, &ViewCommand, &AutomationCommand };
 
 		// A usage line that leaves no room before this column puts its summary on the next line.
 		constexpr size_t SummaryColumn = 56;
@@ -37,9 +37,9 @@ namespace UE::Headless::Cvai
 			Help += "\n"
 					"A project folder holds a .uproject (its Plugins list enables NaniteAssemblyEditorUtils), Config/DefaultEngine.ini\n"
 					"(its [ConsoleVariables] set r.Nanite.AllowAssemblies) and Content/, where /Game/ packages are saved.\n"
-					"--project defaults to the current folder. run, info and automation lock the project for as long as they run\n"
-					"(Saved/cvai.lock): run and automation alone, info beside other readers; a command that finds the project\n"
-					"locked waits up to --lock-timeout seconds (30 by default).\n"
+					"--project defaults to the current folder. run, info, view and automation lock the project for as long as they\n"
+					"read or change it (Saved/cvai.lock): run and automation alone, info and view beside other readers; a command\n"
+					"that finds the project locked waits up to --lock-timeout seconds (30 by default).\n"
 					"\n"
 					"Exit status:\n";
 			for (const FExitStatus& Status : ExitStatuses)
