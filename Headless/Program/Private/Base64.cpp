@@ -67,6 +67,7 @@ namespace UE::Headless
 				const int8_t Value = Offset < 4 - Padding ? DecodeTable[(uint8_t)Text[Index + Offset]] : 0;
 				if (Value == NotInAlphabet)
 				{
+					OutBytes.clear();
 					return false;
 				}
 				Group = Group << 6 | (uint32_t)Value;

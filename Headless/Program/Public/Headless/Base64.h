@@ -12,6 +12,6 @@ namespace UE::Headless
 {
 	[[nodiscard]] std::string EncodeBase64(const void* Data, size_t Size);
 
-	// False for text that is not whole groups of four characters of the alphabet, with '=' only as padding.
+	// False, with no bytes, for text that is not whole groups of four characters of the alphabet with '=' only as padding.
 	[[nodiscard]] bool DecodeBase64(std::string_view Text, std::vector<uint8_t>& OutBytes);
 }
