@@ -99,7 +99,7 @@ namespace UE::Headless::Cvai
 				FString Reason;
 				if (fs::is_directory(Absolute, Error))
 				{
-					Reason = FromUtf8("cannot write '" + Path + "': it is a folder");
+					Reason = FromUtf8("cannot write '" + Absolute.string() + "': it is a folder");
 				}
 				else if (Writer.Open(FromUtf8(Absolute.string()), Reason))
 				{
@@ -198,7 +198,7 @@ namespace UE::Headless::Cvai
 	}
 
 	const FCommand ViewCommand{ .Run = &RunView,
-		.Syntax = { .Name = "view", .Summary = "write a page (or with --png a picture) that shows a mesh or an assembly in 3D", .Description = Help,
+		.Syntax = { .Name = "view", .Summary = "write a 3D page (or a picture) of a mesh or an assembly", .Description = Help,
 			.ExitStatus = ExitStatus, .Options = { HtmlOption, PngOption, SizeOption, ProjectOption, Unlisted(VerboseOption) },
 			.Positionals = { .Names = { "PATH" }, .MinCount = 1, .DashedWord = EDashedWord::ValueUnlessDoubleDash,
 				.MissingMessage = "view needs the path of a static mesh", .ExtraMessage = "view takes one path" } } };

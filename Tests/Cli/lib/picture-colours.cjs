@@ -1,6 +1,6 @@
 // Where each of the given colours appears in a PNG picture, for the viewer's tests:
 //   node picture-colours.cjs PICTURE.png '#rrggbb'...
-// prints one line "coloured N" (the pixels of any strong colour), then one line per given colour:
+// prints "size WIDTH HEIGHT", "coloured N" (the pixels of any strong colour), then one line per given colour:
 //   "#rrggbb COUNT CENTRE_X CENTRE_Y LEFT RIGHT TOP BOTTOM"
 // where LEFT..BOTTOM leave out the outer 5% of the colour's pixels on each side (the legend's swatches, a stray
 // edge pixel). A pixel counts for a colour when it has that colour's hue: the page lights a face darker or
@@ -57,6 +57,7 @@ for (let y = 0; y < picture.height; ++y) {
 		}
 	}
 }
+console.log(`size ${picture.width} ${picture.height}`);
 console.log(`coloured ${coloured}`);
 for (const { colour, xs, ys } of targets) {
 	if (xs.length === 0) {
