@@ -78,9 +78,12 @@ expect_file "$work/err" "cvai: cannot replace '$work/read-only.png', which is re
 expect_status 1 env PATH=/nonexistent "$cvai" view View/SM_Pair --project "$project" --png "$work/pair.png"
 expect_file "$work/err" "cvai: --png needs Chromium, and there is no 'chromium' on PATH (make deps installs Debian's chromium)"
 mkdir -p "$work/fake" "$work/tmp"
-cat > "$work/fake/chromium" <<'SH'
+echo 'print("ran")' > "$work/ok.lua"
+# The fake Chromium also finds the project free: view lets go of it before the picture.
+cat > "$work/fake/chromium" <<SH
 #!/bin/sh
-echo "starting"
+"$cvai" run "$work/ok.lua" --project "$project" --lock-timeout 0 > /dev/null 2>&1
+echo "a writer took the project: exit status \$?"
 echo "GPU process isn't usable. Goodbye." >&2
 exit 3
 SH
@@ -88,7 +91,7 @@ chmod +x "$work/fake/chromium"
 expect_status 1 env PATH="$work/fake:$PATH" TMPDIR="$work/tmp" "$cvai" view View/SM_Pair --project "$project" --png "$work/pair.png" \
 	--html "$work/page.html"
 expect_file "$work/err" "cvai: Chromium stopped before the page was drawn (exit status 3); it printed:
-starting
+a writer took the project: exit status 0
 GPU process isn't usable. Goodbye."
 expect_file "$work/out" ""
 [ ! -e "$work/pair.png" ] && [ ! -e "$work/page.html" ] || fail "a failed picture left files behind"

@@ -19,7 +19,7 @@ namespace
 	FAssemblyView MakeTwoPartView()
 	{
 		FAssemblyView View;
-		View.MeshPath = TEXT("/Game/Odd/SM_<Fence> & \"Gate\".SM_X");
+		View.MeshPath = TEXT("/Game/Odd/SM_<Fence> & \"Gate's\".SM_X");
 		View.bIsAssembly = true;
 		View.NumNodes = 4;
 		FViewPart& Cube = View.Parts.emplace_back();
@@ -86,8 +86,8 @@ TEST(AssemblyViewPage, TheLegendNamesEachPartWithItsColourAndInstances)
 	const std::string Page = MakeAssemblyViewPage(MakeTwoPartView());
 	const std::vector<std::string> PageLines = Lines(Page);
 	const auto Has = [&PageLines](const std::string& Line) { return std::find(PageLines.begin(), PageLines.end(), Line) != PageLines.end(); };
-	EXPECT_TRUE(Has("<title>/Game/Odd/SM_&lt;Fence&gt; &amp; &quot;Gate&quot;.SM_X</title>"));
-	EXPECT_TRUE(Has("<h1>/Game/Odd/SM_&lt;Fence&gt; &amp; &quot;Gate&quot;.SM_X</h1>"));
+	EXPECT_TRUE(Has("<title>/Game/Odd/SM_&lt;Fence&gt; &amp; &quot;Gate&#39;s&quot;.SM_X</title>"));
+	EXPECT_TRUE(Has("<h1>/Game/Odd/SM_&lt;Fence&gt; &amp; &quot;Gate&#39;s&quot;.SM_X</h1>"));
 	EXPECT_TRUE(Has("<p>2 parts, 4 nodes</p>"));
 	EXPECT_TRUE(Has("<li><span class=\"swatch\" style=\"background:" + GetViewPartColour(0)
 		+ "\"></span><span class=\"path\">/Engine/BasicShapes/Cube.Cube</span><span class=\"count\">2 instances</span></li>"));
