@@ -23,6 +23,14 @@ namespace
 		return NewObject<UStaticMesh>(CreatePackage(PackageName), FName(AssetName), RF_Public | RF_Standalone);
 	}
 
+	// Its Nanite is on, so that assembly data makes it an assembly.
+	UStaticMesh* MakeAssemblyMesh(const TCHAR* PackageName, const TCHAR* AssetName)
+	{
+		UStaticMesh* Mesh = MakeMesh(PackageName, AssetName);
+		Mesh->GetNaniteSettings().bEnabled = true;
+		return Mesh;
+	}
+
 	FVector3f At(const std::vector<float>& Numbers, size_t Offset)
 	{
 		return FVector3f(Numbers[Offset], Numbers[Offset + 1], Numbers[Offset + 2]);
@@ -111,10 +119,8 @@ TEST(AssemblyViewScene, AnAssemblyPlacesEachPartAtItsNodesAsTheEngineDoes)
 {
 	FTestProject Project;
 	ASSERT_TRUE(Project.Start());
-	UStaticMesh* Mesh = MakeMesh(TEXT("/Game/View/SM_Row"), TEXT("SM_Row"));
-	FMeshNaniteSettings& Settings = Mesh->GetNaniteSettings();
-	Settings.bEnabled = true;
-	FNaniteAssemblyData& Data = Settings.NaniteAssemblyData;
+	UStaticMesh* Mesh = MakeAssemblyMesh(TEXT("/Game/View/SM_Row"), TEXT("SM_Row"));
+	FNaniteAssemblyData& Data = Mesh->GetNaniteSettings().NaniteAssemblyData;
 	Data.Parts = { MakePart(TEXT("/Engine/BasicShapes/Cube.Cube")), MakePart(TEXT("/Engine/BasicShapes/Sphere.Sphere")),
 		MakePart(TEXT("/Game/View/SM_Gone.SM_Gone")) };
 	const FTransform3f Turned(FRotator3f(30, 90, -20).Quaternion(), FVector3f(100, -50, 25), FVector3f(2, 1, 0.5f));
@@ -156,9 +162,8 @@ TEST(AssemblyViewScene, TheBoxHoldsEveryDrawnInstanceAsPlaced)
 {
 	FTestProject Project;
 	ASSERT_TRUE(Project.Start());
-	UStaticMesh* Mesh = MakeMesh(TEXT("/Game/View/SM_Box"), TEXT("SM_Box"));
+	UStaticMesh* Mesh = MakeAssemblyMesh(TEXT("/Game/View/SM_Box"), TEXT("SM_Box"));
 	FMeshNaniteSettings& Settings = Mesh->GetNaniteSettings();
-	Settings.bEnabled = true;
 	Settings.NaniteAssemblyData.Parts = { MakePart(TEXT("/Engine/BasicShapes/Cube.Cube")), MakePart(TEXT("/Game/View/SM_Gone.SM_Gone")) };
 	// A cube stretched along X and turned a quarter round Z lies along the engine's Y, from -100 to 100.
 	const FTransform3f Turned(FRotator3f(0, 90, 0).Quaternion(), FVector3f(1000, 0, 0), FVector3f(2, 1, 1));
