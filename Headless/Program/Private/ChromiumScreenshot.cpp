@@ -4,6 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
+#include <cctype>
 #include <cerrno>
 #include <chrono>
 #include <csignal>
@@ -77,9 +78,13 @@ namespace UE::Headless
 			void (*Previous)(int) = SIG_DFL;
 		};
 
-		// A descriptor above the ones the child is given, so that placing one cannot overwrite another.
+		// A descriptor above the ones the child is given, so that placing one cannot overwrite another; -1 stays -1.
 		int MoveAside(int Descriptor)
 		{
+			if (Descriptor < 0)
+			{
+				return -1;
+			}
 			const int Moved = fcntl(Descriptor, F_DUPFD_CLOEXEC, 10);
 			close(Descriptor);
 			return Moved;
@@ -117,6 +122,12 @@ namespace UE::Headless
 		class FBrowser
 		{
 		public:
+			explicit FBrowser(double InTimeoutSeconds)
+				: TimeoutSeconds(InTimeoutSeconds)
+				, Deadline(FClock::now() + std::chrono::duration_cast<FClock::duration>(std::chrono::duration<double>(InTimeoutSeconds)))
+			{
+			}
+
 			~FBrowser()
 			{
 				CloseDescriptors();
@@ -129,17 +140,20 @@ namespace UE::Headless
 
 			bool Start(const std::string& Chromium, const std::vector<std::string>& Arguments, const fs::path& OutputFile, std::string& OutError)
 			{
-				int ToBrowser[2];
-				int FromBrowser[2];
-				if (pipe2(ToBrowser, O_CLOEXEC) != 0 || pipe2(FromBrowser, O_CLOEXEC) != 0)
-				{
-					OutError = std::string("cannot make the pipes to Chromium: ") + std::strerror(errno);
-					return false;
-				}
+				int ToBrowser[2] = { -1, -1 };
+				int FromBrowser[2] = { -1, -1 };
+				const bool bPiped = pipe2(ToBrowser, O_CLOEXEC) == 0 && pipe2(FromBrowser, O_CLOEXEC) == 0;
 				const int BrowserInput = MoveAside(ToBrowser[0]);
 				const int BrowserOutput = MoveAside(FromBrowser[1]);
 				Input = MoveAside(FromBrowser[0]);
 				Output = MoveAside(ToBrowser[1]);
+				if (!bPiped || BrowserInput < 0 || BrowserOutput < 0 || Input < 0 || Output < 0)
+				{
+					OutError = std::string("cannot make the pipes to Chromium: ") + std::strerror(errno);
+					close(BrowserInput);
+					close(BrowserOutput);
+					return false;
+				}
 
 				posix_spawn_file_actions_t Actions;
 				posix_spawn_file_actions_init(&Actions);
@@ -180,8 +194,7 @@ namespace UE::Headless
 			}
 
 			// Sends one command and waits for its answer, passing over the events that come before it.
-			bool Call(const std::string& Method, const FJson& Params, const std::string& Session, FClock::time_point Deadline, FJson& OutResult,
-				std::string& OutError)
+			bool Call(const std::string& Method, const FJson& Params, const std::string& Session, FJson& OutResult, std::string& OutError)
 			{
 				FJson Message = { { "id", ++LastId }, { "method", Method }, { "params", Params } };
 				if (!Session.empty())
@@ -195,7 +208,7 @@ namespace UE::Headless
 				while (true)
 				{
 					std::string Text;
-					if (!Receive(Deadline, Text, OutError))
+					if (!Receive(Text, OutError))
 					{
 						return false;
 					}
@@ -247,7 +260,7 @@ namespace UE::Headless
 				return true;
 			}
 
-			bool Receive(FClock::time_point Deadline, std::string& OutText, std::string& OutError)
+			bool Receive(std::string& OutText, std::string& OutError)
 			{
 				while (true)
 				{
@@ -261,7 +274,9 @@ namespace UE::Headless
 					const auto Left = std::chrono::duration_cast<std::chrono::milliseconds>(Deadline - FClock::now()).count();
 					if (Left <= 0)
 					{
-						OutError = "timeout";
+						char Seconds[32];
+						std::snprintf(Seconds, sizeof(Seconds), "%g", TimeoutSeconds);
+						OutError = std::string("Chromium did not draw the page within ") + Seconds + " s";
 						return false;
 					}
 					pollfd Poll{ Input, POLLIN, 0 };
@@ -305,7 +320,7 @@ namespace UE::Headless
 			// profile folder busy and are ended with it.
 			bool WaitForExit(int& OutStatus)
 			{
-				const FClock::time_point Deadline = FClock::now() + CloseTimeout;
+				const FClock::time_point GiveUp = FClock::now() + CloseTimeout;
 				while (Process > 0)
 				{
 					if (waitpid(Process, &OutStatus, WNOHANG) == Process)
@@ -314,7 +329,7 @@ namespace UE::Headless
 						Process = 0;
 						return true;
 					}
-					if (FClock::now() >= Deadline)
+					if (FClock::now() >= GiveUp)
 					{
 						break;
 					}
@@ -335,6 +350,8 @@ namespace UE::Headless
 				}
 			}
 
+			const double TimeoutSeconds;
+			const FClock::time_point Deadline;
 			pid_t Process = 0;
 			int Input = -1;
 			int Output = -1;
@@ -358,23 +375,22 @@ namespace UE::Headless
 			return Text;
 		}
 
-		bool Capture(FBrowser& Browser, const FPageScreenshot& Request, const fs::path& Page, FClock::time_point Deadline, std::vector<uint8_t>& OutPng,
-			std::string& OutError)
+		bool Capture(FBrowser& Browser, const FPageScreenshot& Request, const fs::path& Page, std::vector<uint8_t>& OutPng, std::string& OutError)
 		{
 			FJson Result;
-			if (!Browser.Call("Target.createTarget", { { "url", "about:blank" } }, "", Deadline, Result, OutError))
+			if (!Browser.Call("Target.createTarget", { { "url", "about:blank" } }, "", Result, OutError))
 			{
 				return false;
 			}
 			const std::string Target = Result.value("targetId", std::string());
-			if (!Browser.Call("Target.attachToTarget", { { "targetId", Target }, { "flatten", true } }, "", Deadline, Result, OutError))
+			if (!Browser.Call("Target.attachToTarget", { { "targetId", Target }, { "flatten", true } }, "", Result, OutError))
 			{
 				return false;
 			}
 			const std::string Session = Result.value("sessionId", std::string());
 			const FJson Metrics = { { "width", Request.Width }, { "height", Request.Height }, { "deviceScaleFactor", 1 }, { "mobile", false } };
-			if (!Browser.Call("Emulation.setDeviceMetricsOverride", Metrics, Session, Deadline, Result, OutError)
-				|| !Browser.Call("Page.navigate", { { "url", FileUrl(Page) } }, Session, Deadline, Result, OutError))
+			if (!Browser.Call("Emulation.setDeviceMetricsOverride", Metrics, Session, Result, OutError)
+				|| !Browser.Call("Page.navigate", { { "url", FileUrl(Page) } }, Session, Result, OutError))
 			{
 				return false;
 			}
@@ -386,7 +402,7 @@ namespace UE::Headless
 			const FJson State = { { "expression", "document.documentElement.dataset.viewState || ''" }, { "returnByValue", true } };
 			while (true)
 			{
-				if (!Browser.Call("Runtime.evaluate", State, Session, Deadline, Result, OutError))
+				if (!Browser.Call("Runtime.evaluate", State, Session, Result, OutError))
 				{
 					return false;
 				}
@@ -403,7 +419,7 @@ namespace UE::Headless
 				}
 				std::this_thread::sleep_for(PollInterval);
 			}
-			if (!Browser.Call("Page.captureScreenshot", { { "format", "png" } }, Session, Deadline, Result, OutError))
+			if (!Browser.Call("Page.captureScreenshot", { { "format", "png" } }, Session, Result, OutError))
 			{
 				return false;
 			}
@@ -433,12 +449,14 @@ namespace UE::Headless
 
 	bool CapturePageScreenshot(const std::string& Chromium, const FPageScreenshot& Request, std::vector<uint8_t>& OutPng, std::string& OutError)
 	{
-		const FClock::time_point Deadline = FClock::now() + std::chrono::duration_cast<FClock::duration>(std::chrono::duration<double>(Request.TimeoutSeconds));
 		FTemporaryFolder Folder;
 		if (!Folder.Create(OutError))
 		{
 			return false;
 		}
+		// Declared after the folder, so that Chromium has ended before its profile is removed. Chromium's start
+		// counts towards the timeout.
+		FBrowser Browser(Request.TimeoutSeconds);
 		const fs::path Page = Folder.Path / "view.html";
 		const fs::path Output = Folder.Path / "chromium-output.txt";
 		{
@@ -451,25 +469,19 @@ namespace UE::Headless
 			}
 		}
 		const FScopedIgnoreBrokenPipe IgnoreBrokenPipe;
-		// WebGL in software (SwiftShader), with nothing that reaches for the network or a first-run dialogue.
+		// WebGL in software (SwiftShader), with nothing that reaches for the network or a first-run dialogue. Letters
+		// are smoothed in grey, not in coloured fringes, and colours stay as the page gives them.
 		const std::vector<std::string> Arguments = { "--headless", "--no-sandbox", "--use-angle=swiftshader", "--enable-unsafe-swiftshader",
 			"--remote-debugging-pipe", "--user-data-dir=" + (Folder.Path / "profile").string(), "--no-first-run", "--no-default-browser-check",
 			"--disable-background-networking", "--disable-component-update", "--disable-sync", "--disable-extensions", "--disable-quic",
-			"--hide-scrollbars", "--mute-audio", "--disable-lcd-text", "--force-color-profile=srgb", "--window-size=" + std::to_string(Request.Width) + "," + std::to_string(Request.Height),
-			"about:blank" };
-		FBrowser Browser;
+			"--hide-scrollbars", "--mute-audio", "--disable-lcd-text", "--force-color-profile=srgb",
+			"--window-size=" + std::to_string(Request.Width) + "," + std::to_string(Request.Height), "about:blank" };
 		if (!Browser.Start(Chromium, Arguments, Output, OutError))
 		{
 			return false;
 		}
-		if (!Capture(Browser, Request, Page, Deadline, OutPng, OutError))
+		if (!Capture(Browser, Request, Page, OutPng, OutError))
 		{
-			if (OutError == "timeout")
-			{
-				char Seconds[32];
-				std::snprintf(Seconds, sizeof(Seconds), "%g", Request.TimeoutSeconds);
-				OutError = std::string("Chromium did not draw the page within ") + Seconds + " s";
-			}
 			Browser.Close();
 			const std::string Printed = LastLines(Output);
 			OutError += Printed.empty() ? std::string() : "; it printed:\n" + Printed;
