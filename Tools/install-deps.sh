@@ -15,6 +15,7 @@ packages=(
 	libassimp-dev assimp-testmodels     # mesh import, and model files nobody here wrote for its tests
 	libtinygltf-dev                     # glTF export
 	chromium                            # the viewer's pictures (headless, software WebGL)
+	fonts-dejavu-core                   # the letters of the viewer's legend in its pictures
 )
 # Node.js and npm for the viewer's three.js and the glTF validator; a machine that has them from elsewhere
 # (NodeSource's nodejs ships its own npm) keeps them.

@@ -21,6 +21,7 @@ namespace UE::Headless::Cvai
 	extern const FCommand ImportCommand;
 	extern const FCommand ExportCommand;
 	extern const FCommand AutomationCommand;
+	extern const FCommand ViewCommand;
 
 	// Prints "cvai: <message>" and a hint to stderr; returns ExitUsage.
 	int UsageError(const std::string& Message, const char* Command);

@@ -22,7 +22,7 @@ namespace UE::Headless::Cvai
 
 	inline constexpr FExitStatus ExitStatuses[] = {
 		{ ExitOk, "success" },
-		{ ExitFailure, "failure: a script error, a refused readback or import, a failed check, a save or an export that failed" },
+		{ ExitFailure, "failure: a script error, a refused readback or import, a failed check, a save, an export or a view that failed" },
 		{ ExitUsage, "usage error: a wrong command line, a folder without a project, a --log file that cannot be written" },
 		{ ExitProjectBusy, "another cvai process kept the project for longer than --lock-timeout" },
 		{ ExitOutOfMemory, "out of memory: the process ended at once, leaving every file as it was" },

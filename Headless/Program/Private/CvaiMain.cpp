@@ -10,7 +10,7 @@ namespace UE::Headless::Cvai
 {
 	namespace
 	{
-		const FCommand* const Commands[] = { &NewCommand, &RunCommand, &InfoCommand, &ImportCommand, &ExportCommand, &AutomationCommand };
+		const FCommand* const Commands[] = { &NewCommand, &RunCommand, &InfoCommand, &ImportCommand, &ExportCommand, &ViewCommand, &AutomationCommand };
 
 		// A usage line that leaves no room before this column puts its summary on the next line.
 		constexpr size_t SummaryColumn = 56;
@@ -37,9 +37,9 @@ namespace UE::Headless::Cvai
 			Help += "\n"
 					"A project folder holds a .uproject (its Plugins list enables NaniteAssemblyEditorUtils), Config/DefaultEngine.ini\n"
 					"(its [ConsoleVariables] set r.Nanite.AllowAssemblies) and Content/, where /Game/ packages are saved.\n"
-					"--project defaults to the current folder. run, info, import, export and automation lock the project for as long\n"
-					"as they run (Saved/cvai.lock): run, import and automation alone, info and export beside other readers; a\n"
-					"command that finds the project locked waits up to --lock-timeout seconds (30 by default).\n"
+					"--project defaults to the current folder. run, info, import, export, view and automation lock the project for\n"
+					"as long as they read or change it (Saved/cvai.lock): run, import and automation alone, info, export and view\n"
+					"beside other readers; a command that finds the project locked waits up to --lock-timeout seconds (30 by default).\n"
 					"\n"
 					"Exit status:\n";
 			for (const FExitStatus& Status : ExitStatuses)
