@@ -13,11 +13,11 @@
 
 #include <algorithm>
 #include <array>
+#include <cctype>
 #include <cmath>
 #include <cstdint>
 #include <cstring>
 #include <filesystem>
-#include <limits>
 #include <string>
 #include <unordered_map>
 #include <vector>
