@@ -372,6 +372,11 @@ namespace UE::Headless
 		return (int32)AsInteger(MIN_int32, MAX_int32);
 	}
 
+	uint32 FPackageValue::AsRecordWord(const FPackageRecordField& Field) const
+	{
+		return Field.Kind == EPackageRecordFieldKind::Int32 ? std::bit_cast<uint32>((int32)AsInteger(Field.Min, Field.Max)) : std::bit_cast<uint32>(AsFloat());
+	}
+
 	float FPackageValue::AsFloat() const
 	{
 		const FElement* Self = static_cast<const FElement*>(FindElement());
@@ -462,9 +467,7 @@ namespace UE::Headless
 			int32 Field = 0;
 			for (const FPackageValue& Value : Record.Elements())
 			{
-				const FPackageRecordField& Spec = Layout[Field++];
-				Words.push_back(Spec.Kind == EPackageRecordFieldKind::Int32 ? std::bit_cast<uint32>((int32)Value.AsInteger(Spec.Min, Spec.Max))
-																			: std::bit_cast<uint32>(Value.AsFloat()));
+				Words.push_back(Value.AsRecordWord(Layout[Field++]));
 			}
 			if (HasFault())
 			{
@@ -519,14 +522,14 @@ namespace UE::Headless
 			std::memcpy(Words.data(), Bytes + First * RecordSize, (size_t)(Count * RecordSize));
 			for (const int32 Field : CheckedFields)
 			{
-				const FPackageRecordField& Spec = Layout[Field];
+				const FPackageRecordField& Rule = Layout[Field];
 				for (int64 Record = 0; Record < Count; ++Record)
 				{
 					const int32 Value = std::bit_cast<int32>(Words[(size_t)(Record * NumFields + Field)]);
-					if (Value < Spec.Min || Value > Spec.Max)
+					if (Value < Rule.Min || Value > Rule.Max)
 					{
 						Document.Impl->Record(GetPath() + FString::Printf(TEXT("[%lld][%d]"), (long long)(First + Record), Field),
-							FString::Printf(TEXT("is out of range: %d is not from %lld to %lld"), Value, (long long)Spec.Min, (long long)Spec.Max));
+							FString::Printf(TEXT("is out of range: %d is not from %lld to %lld"), Value, (long long)Rule.Min, (long long)Rule.Max));
 						return;
 					}
 				}

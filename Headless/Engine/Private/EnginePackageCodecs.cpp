@@ -522,8 +522,7 @@ namespace
 					Value.ReadRecords(Version1InfluenceLayout, InfluenceSink);
 					break;
 				}
-				const FPackageRecordField& Spec = NodeLayout[Field];
-				Words[Field] = Spec.Kind == EPackageRecordFieldKind::Int32 ? Bits((int32)Value.AsInteger(Spec.Min, Spec.Max)) : Bits(Value.AsFloat());
+				Words[Field] = Value.AsRecordWord(NodeLayout[Field]);
 				if (++Field == NodeFields)
 				{
 					NodeSink.Consume(Words, 1);

@@ -68,6 +68,8 @@ namespace UE::Headless
 		[[nodiscard]] int32 AsInt32() const;
 		[[nodiscard]] float AsFloat() const;
 		[[nodiscard]] FString AsString() const;
+		// One value of a record, as the field of its layout takes it: an integer in the field's range, or a float.
+		[[nodiscard]] uint32 AsRecordWord(const FPackageRecordField& Field) const;
 
 		// A table written by FPackageFileWriter::Records with the same layout, inline or in the binary section.
 		void ReadRecords(FPackageRecordLayout Layout, FPackageRecordSink& Sink) const;
