@@ -12,10 +12,6 @@ namespace sol
 
 class FLuaSessionData;
 
-#ifndef CORVANEAI_API
-#define CORVANEAI_API DLLEXPORT
-#endif
-
 struct FLuaFunctionDoc
 {
 	FString Signature;

@@ -11,18 +11,6 @@
 #define PLATFORM_WCHAR_IS_4_BYTES 1
 #define PLATFORM_64BITS 1
 
-#ifndef WITH_EDITOR
-#define WITH_EDITOR 1
-#endif
-#ifndef WITH_EDITORONLY_DATA
-#define WITH_EDITORONLY_DATA 1
-#endif
-#ifndef WITH_DEV_AUTOMATION_TESTS
-#define WITH_DEV_AUTOMATION_TESTS 1
-#endif
-#ifndef WITH_PERF_AUTOMATION_TESTS
-#define WITH_PERF_AUTOMATION_TESTS 0
-#endif
 #define WITH_AUTOMATION_TESTS (WITH_DEV_AUTOMATION_TESTS || WITH_PERF_AUTOMATION_TESTS)
 #define WITH_AUTOMATION_WORKER WITH_AUTOMATION_TESTS
 
@@ -53,30 +41,6 @@ typedef char32_t UTF32CHAR;
 #define DLLEXPORT __attribute__((visibility("default")))
 #define DLLIMPORT __attribute__((visibility("default")))
 
-#ifndef CORE_API
-#define CORE_API DLLEXPORT
-#endif
-#ifndef COREUOBJECT_API
-#define COREUOBJECT_API DLLEXPORT
-#endif
-#ifndef ENGINE_API
-#define ENGINE_API DLLEXPORT
-#endif
-#ifndef RENDERCORE_API
-#define RENDERCORE_API DLLEXPORT
-#endif
-#ifndef PROJECTS_API
-#define PROJECTS_API DLLEXPORT
-#endif
-#ifndef UNREALED_API
-#define UNREALED_API DLLEXPORT
-#endif
-#ifndef ASSETREGISTRY_API
-#define ASSETREGISTRY_API DLLEXPORT
-#endif
-#ifndef NANITEASSEMBLYEDITORUTILS_API
-#define NANITEASSEMBLYEDITORUTILS_API DLLEXPORT
-#endif
 
 #define FORCEINLINE inline __attribute__((always_inline))
 #define UE_FORCEINLINE_HINT inline
