@@ -31,16 +31,27 @@ namespace UE::Headless::Cvai
 		{
 			namespace fs = std::filesystem;
 			const fs::path Path = fs::path(Dir) / "cvai.lua";
-			std::error_code Error;
-			fs::create_directories(Dir, Error);
+			// A folder that cannot be made shows as the file that cannot be written.
+			std::error_code Ignored;
+			fs::create_directories(Dir, Ignored);
 			const fs::path Temporary = fs::path(Path).concat(".tmp-" + std::to_string(::getpid()));
+			std::string Reason;
 			std::ofstream File(Temporary, std::ios::binary | std::ios::trunc);
-			File << Text;
-			File.close();
-			if (!File || (fs::rename(Temporary, Path, Error), Error))
+			if (!File.is_open())
 			{
-				const std::string Reason = Error ? Error.message() : std::strerror(errno);
-				fs::remove(Temporary, Error);
+				Reason = std::strerror(errno);
+			}
+			else if (File << Text, File.close(), !File)
+			{
+				Reason = "the write failed";
+			}
+			else if (std::error_code Error; fs::rename(Temporary, Path, Error), Error)
+			{
+				Reason = Error.message();
+			}
+			if (!Reason.empty())
+			{
+				fs::remove(Temporary, Ignored);
 				std::fprintf(stderr, "cvai: cannot write '%s': %s\n", Path.string().c_str(), Reason.c_str());
 				return ExitFailure;
 			}

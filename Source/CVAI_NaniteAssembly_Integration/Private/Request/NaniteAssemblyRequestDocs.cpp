@@ -30,7 +30,7 @@ namespace CVAI::NaniteAssembly
 				{
 					{ TEXT("location"), TEXT("NaniteAssemblyVectorRequest"), Optional, TEXT("the translation in centimetres"), TEXT("default 0, 0, 0") },
 					{ TEXT("rotation"), TEXT("NaniteAssemblyRotatorRequest|NaniteAssemblyVectorRequest"), Optional,
-						TEXT("{pitch, yaw, roll}, or Euler {x = roll, y = pitch, z = yaw}, in degrees, never both notations"), TEXT("default: the part's own materials") },
+						TEXT("{pitch, yaw, roll}, or Euler {x = roll, y = pitch, z = yaw}, in degrees, never both notations"), TEXT("default: no rotation") },
 					{ TEXT("scale"), TEXT("NaniteAssemblyVectorRequest|number"), Optional, TEXT("the scale per axis, or one number for all three"),
 						TEXT("default 1, 1, 1") },
 				} },
