@@ -152,7 +152,7 @@ namespace
 		for (const char* Line : { "---@meta", "---@class NaniteAssemblyBuildResult",
 				 "---@field warning? string the renderer ignores assemblies, so the built Nanite resource ignores the parts (when ok = true and "
 				 "assemblies_supported = false)",
-				 "---@field nodes NaniteAssemblyNodeInfo[] the first 256 nodes, in the assembly's order (when ok = true)",
+				 "---@field nodes? NaniteAssemblyNodeInfo[] the first 256 nodes, in the assembly's order (when ok = true)",
 				 "---@param request NaniteAssemblyBuildRequest the parts, the output and the options, read strictly: an unknown key is refused",
 				 "---@return NaniteAssemblyInfoResult # the result table", "function nanite_assembly_info(mesh_path) end",
 				 "---@param enabled boolean its new state", "---@param skipped_calls? integer how many calls succeed before the one that fails (default 0)",

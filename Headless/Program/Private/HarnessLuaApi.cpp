@@ -493,7 +493,9 @@ namespace UE::Headless
 				Describe("set_cvar", &SetCvar,
 					{ Required("name", "string", "the console variable, such as \"r.Nanite.AllowAssemblies\""),
 						Required("value", "any", "its new value; true and false become 1 and 0, anything else its text") },
-					{}, "Sets a console variable, creating it when it does not exist."),
+					{},
+					"Sets a console variable as the project's settings do; a variable not registered yet takes the value when it is; an "
+					"empty name is an error."),
 				Describe("get_cvar", &GetCvar, { Required("name", "string", "the console variable") },
 					{ { "integer|string|nil", "its value, as an integer when it is one; nil when no such variable exists" } }, "Reads a console variable."),
 				Describe("set_plugin_enabled", &SetPluginEnabledLua,
