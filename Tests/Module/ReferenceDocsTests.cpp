@@ -271,6 +271,71 @@ namespace
 		EXPECT_EQ(Join(Checker.NeverSeen()), "");
 	}
 
+	// The names a description gives to the keys of a table of the type LuaType, alternatives ("A|B") together.
+	std::set<std::string> DescribedRequestKeys(const std::string& LuaType)
+	{
+		std::set<std::string> Keys;
+		for (const FNaniteAssemblyTableDoc& Table : GetNaniteAssemblyRequestDocs())
+		{
+			if (("|" + LuaType + "|").find("|" + ToUtf8(Table.Name) + "|") != std::string::npos)
+			{
+				for (const FNaniteAssemblyFieldDoc& Field : Table.Fields)
+				{
+					Keys.insert(ToUtf8(Field.Name));
+				}
+			}
+		}
+		return Keys;
+	}
+
+	// The keys that the request reader lists when it refuses an unknown one: "...: unknown key 'bogus' (accepted: a|b)".
+	std::set<std::string> AcceptedKeysIn(const std::string& Error)
+	{
+		const std::string Start = "(accepted: ";
+		const size_t From = Error.find(Start);
+		if (From == std::string::npos || !Error.ends_with(")"))
+		{
+			return { "no list of accepted keys in: " + Error };
+		}
+		std::set<std::string> Keys;
+		std::string Key;
+		for (const char Character : Error.substr(From + Start.size(), Error.size() - From - Start.size() - 1) + "|")
+		{
+			if (Character == '|')
+			{
+				Keys.insert(Key);
+				Key.clear();
+			}
+			else
+			{
+				Key += Character;
+			}
+		}
+		return Keys;
+	}
+
+	// Each table of a request is described with exactly the keys that the reader accepts at its place.
+	TEST_F(ReferenceDocsTest, RequestDescriptionsNameExactlyTheKeysTheReaderAccepts)
+	{
+		const auto Request = [](const std::string& Transform, const std::string& PartExtra, const std::string& RequestExtra)
+		{
+			return "nanite_assembly_build{ output = '/Game/Docs/SM_Keys', " + RequestExtra + "parts = { { mesh = '/Engine/BasicShapes/Cube', " + PartExtra +
+				"transforms = { " + Transform + " } } } }.error";
+		};
+		const std::pair<std::string, std::string> Places[] = {
+			{ Request("{}", "", "bogus = 1, "), "NaniteAssemblyBuildRequest" },
+			{ Request("{}", "bogus = 1, ", ""), "NaniteAssemblyPartRequest" },
+			{ Request("{ bogus = 1 }", "", ""), "NaniteAssemblyTransform" },
+			{ Request("{ location = { bogus = 1 } }", "", ""), "NaniteAssemblyVectorRequest" },
+			{ Request("{ rotation = { bogus = 1 } }", "", ""), "NaniteAssemblyRotatorRequest|NaniteAssemblyVectorRequest" },
+			{ Request("{ scale = { bogus = 1 } }", "", ""), "NaniteAssemblyVectorRequest" },
+		};
+		for (const auto& [Expression, LuaType] : Places)
+		{
+			EXPECT_EQ(AcceptedKeysIn(Session->Eval(Expression)), DescribedRequestKeys(LuaType)) << Expression;
+		}
+	}
+
 	// The checker itself finds each kind of mismatch, so that a passing comparison above means something.
 	TEST_F(ReferenceDocsTest, CheckerReportsUndescribedMissingAndMistypedFields)
 	{

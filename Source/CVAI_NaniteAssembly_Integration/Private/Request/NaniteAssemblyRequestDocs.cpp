@@ -29,6 +29,8 @@ namespace CVAI::NaniteAssembly
 			{ TEXT("NaniteAssemblyTransform"), TEXT("Where one node goes; {} is the identity."),
 				{
 					{ TEXT("location"), TEXT("NaniteAssemblyVectorRequest"), Optional, TEXT("the translation in centimetres"), TEXT("default 0, 0, 0") },
+					{ TEXT("translation"), TEXT("NaniteAssemblyVectorRequest"), Optional, TEXT("another name of location, read when location is nil"),
+						TEXT("default 0, 0, 0") },
 					{ TEXT("rotation"), TEXT("NaniteAssemblyRotatorRequest|NaniteAssemblyVectorRequest"), Optional,
 						TEXT("{pitch, yaw, roll}, or Euler {x = roll, y = pitch, z = yaw}, in degrees, never both notations"), TEXT("default: no rotation") },
 					{ TEXT("scale"), TEXT("NaniteAssemblyVectorRequest|number"), Optional, TEXT("the scale per axis, or one number for all three"),
