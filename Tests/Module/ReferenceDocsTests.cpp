@@ -2,6 +2,7 @@
 // every state that changes their tables, and each table is compared with its description both ways. A field
 // written without a description, a description of a field no table has, a field missing where the description
 // says it is always there, or a value of another type than described, fails here.
+#include "Headless/Faults.h"
 #include "Headless/HarnessLuaApi.h"
 #include "Headless/StringUtils.h"
 #include "Lua/NaniteAssemblyReferenceDocs.h"
@@ -9,6 +10,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <set>
 #include <string>
@@ -68,7 +70,11 @@ namespace
 		void CheckValue(lua_State* L, int Index, const std::string& LuaType, const std::string& Place)
 		{
 			Index = lua_absindex(L, Index);
-			if (LuaType.size() > 2 && LuaType.ends_with("[]"))
+			if (LuaType.ends_with("?") || LuaType.find('|') != std::string::npos)
+			{
+				CheckAlternatives(L, Index, LuaType, Place);
+			}
+			else if (LuaType.size() > 2 && LuaType.ends_with("[]"))
 			{
 				CheckList(L, Index, LuaType.substr(0, LuaType.size() - 2), Place);
 			}
@@ -118,6 +124,24 @@ namespace
 				return lua_type(L, Index) == LUA_TNUMBER;
 			}
 			return LuaType == lua_typename(L, lua_type(L, Index));
+		}
+
+		// "string?" is "string|nil"; the value must fit one of the alternatives.
+		void CheckAlternatives(lua_State* L, int Index, const std::string& LuaType, const std::string& Place)
+		{
+			std::string Alternatives = LuaType.ends_with("?") ? LuaType.substr(0, LuaType.size() - 1) + "|nil" : LuaType;
+			for (size_t Start = 0; Start <= Alternatives.size();)
+			{
+				const size_t End = std::min(Alternatives.find('|', Start), Alternatives.size());
+				FTableChecker Alternative(Tables);
+				Alternative.CheckValue(L, Index, Alternatives.substr(Start, End - Start), Place);
+				if (Alternative.Faults.empty())
+				{
+					return;
+				}
+				Start = End + 1;
+			}
+			Faults.push_back(Place + " is a " + TypeOf(L, Index) + ", described as " + LuaType);
 		}
 
 		void CheckList(lua_State* L, int Index, const std::string& ElementType, const std::string& Place)
@@ -199,6 +223,11 @@ namespace
 			Session = std::make_unique<FTestSession>(Project);
 		}
 
+		void TearDown() override
+		{
+			UE::Headless::ClearFaults();
+		}
+
 		// Evaluates the expression in the session and checks the value as LuaType.
 		void Check(FTableChecker& Checker, const std::string& Expression, const std::string& LuaType)
 		{
@@ -269,6 +298,36 @@ namespace
 
 		EXPECT_EQ(Join(Checker.Faults), "");
 		EXPECT_EQ(Join(Checker.NeverSeen()), "");
+	}
+
+	// Each headless function gives back as many values as described, each of its described type.
+	TEST_F(ReferenceDocsTest, HarnessFunctionsReturnWhatTheyDescribe)
+	{
+		// The arguments of the calls, in the order of the table; cancel_transaction finds none open after end_transaction.
+		const std::map<std::string, std::string> Arguments = { { "get_cvar", "'r.Nanite.AllowAssemblies'" },
+			{ "set_cvar", "'r.Nanite.AllowAssemblies', 1" }, { "set_plugin_enabled", "'NaniteAssemblyEditorUtils', true" },
+			{ "set_editor_available", "true" }, { "set_asset_registry_available", "true" }, { "is_package_dirty", "'/Game/Docs/SM_Any'" },
+			{ "package_file_exists", "'/Game/Docs/SM_Any'" }, { "object_info", "'/Engine/BasicShapes/Cube.Cube'" },
+			{ "create_transient_mesh", "'SM_DocsTransient'" }, { "fail_next", "'NewObject'" }, { "import_mesh", "'/nowhere/Box.obj', '/Game/Docs/SM_Box'" } };
+		FTableChecker Checker(HarnessTables());
+		for (const UE::Headless::FHarnessFunction& Function : UE::Headless::GetHarnessFunctions())
+		{
+			const std::string Name = Function.Reference.Name;
+			if (Name == "headless.cancel_transaction")
+			{
+				continue;
+			}
+			const auto Given = Arguments.find(Name.substr(std::string("headless.").size()));
+			const std::string Call = Name + "(" + (Given == Arguments.end() ? "" : Given->second) + ")";
+			ASSERT_EQ(Session->Run("Results = table.pack(" + Call + ")"), "");
+			const std::vector<UE::Headless::FLuaReturnReference>& Returns = Function.Reference.Returns;
+			EXPECT_EQ(Session->Eval("Results.n <= " + std::to_string(Returns.size())), "true") << Call;
+			for (size_t Position = 0; Position < Returns.size(); ++Position)
+			{
+				Check(Checker, "Results[" + std::to_string(Position + 1) + "]", Returns[Position].LuaType);
+			}
+		}
+		EXPECT_EQ(Join(Checker.Faults), "");
 	}
 
 	// The names a description gives to the keys of a table of the type LuaType, alternatives ("A|B") together.
@@ -358,6 +417,11 @@ namespace
 			"{ garbage = false } has no flags, which HeadlessObjectInfo describes as always there in its case\n"
 			"{ garbage = false } has no package, which HeadlessObjectInfo describes as always there in its case\n");
 		EXPECT_EQ(FaultsOf("'/Game/A'", "HeadlessObjectInfo"), "'/Game/A' is a string, described as HeadlessObjectInfo\n");
+		EXPECT_EQ(FaultsOf("5", "string?"), "5 is a integer, described as string?\n");
+		EXPECT_EQ(FaultsOf("true", "integer|string|nil"), "true is a boolean, described as integer|string|nil\n");
+		EXPECT_EQ(FaultsOf("nil", "string?"), "");
+		EXPECT_EQ(FaultsOf("'x'", "integer|string|nil"), "");
+		EXPECT_EQ(FaultsOf("{ { package = '/Game/A', depth = 0 } }", "HeadlessObjectInfo|HeadlessSavedPackage[]"), "");
 		EXPECT_EQ(FaultsOf("{ replace = true }", "HeadlessImportOptions"), "");
 		EXPECT_EQ(FaultsOf("{}", "HeadlessImportOptions"), "");
 	}
