@@ -2,11 +2,10 @@
 // every state that changes their tables, and each table is compared with its description both ways. A field
 // written without a description, a description of a field no table has, a field missing where the description
 // says it is always there, or a value of another type than described, fails here.
-#include "Headless/Faults.h"
 #include "Headless/HarnessLuaApi.h"
 #include "Headless/StringUtils.h"
 #include "Lua/NaniteAssemblyReferenceDocs.h"
-#include "TestProject.h"
+#include "SessionTest.h"
 
 #include <gtest/gtest.h>
 
@@ -214,20 +213,9 @@ namespace
 		std::set<std::string> Seen;
 	};
 
-	class ReferenceDocsTest : public ::testing::Test
+	class ReferenceDocsTest : public FSessionTest
 	{
 	protected:
-		void SetUp() override
-		{
-			ASSERT_TRUE(Project.Start());
-			Session = std::make_unique<FTestSession>(Project);
-		}
-
-		void TearDown() override
-		{
-			UE::Headless::ClearFaults();
-		}
-
 		// Evaluates the expression in the session and checks the value as LuaType.
 		void Check(FTableChecker& Checker, const std::string& Expression, const std::string& LuaType)
 		{
@@ -248,9 +236,6 @@ namespace
 			}
 			return Text;
 		}
-
-		FTestProject Project;
-		std::unique_ptr<FTestSession> Session;
 	};
 
 	TEST_F(ReferenceDocsTest, EveryVerbResultMatchesItsDescriptionBothWays)

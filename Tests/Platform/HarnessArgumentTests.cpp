@@ -1,8 +1,7 @@
 // The headless table checks every call's arguments against the function's description before its body runs,
 // and a wrong one is an error that names the function as a script calls it, the argument and the type it must
 // have; arguments that fit still do what they did.
-#include "Headless/Faults.h"
-#include "TestProject.h"
+#include "SessionTest.h"
 
 #include <gtest/gtest.h>
 
@@ -10,20 +9,9 @@
 
 namespace
 {
-	class HarnessArgumentTest : public ::testing::Test
+	class HarnessArgumentTest : public FSessionTest
 	{
 	protected:
-		void SetUp() override
-		{
-			ASSERT_TRUE(Project.Start());
-			Session = std::make_unique<FTestSession>(Project);
-		}
-
-		void TearDown() override
-		{
-			UE::Headless::ClearFaults();
-		}
-
 		// The message of the error that calling the function with the arguments raises, or "no error". The function is
 		// called by pcall itself, so that no script line is put before the message.
 		std::string ErrorOf(const std::string& Call)
@@ -34,9 +22,6 @@ namespace
 			return Session->Eval("(function() local Ok, Message = pcall(" + Function + (Arguments.empty() ? "" : ", " + Arguments) +
 				") return Ok and 'no error' or Message end)()");
 		}
-
-		FTestProject Project;
-		std::unique_ptr<FTestSession> Session;
 	};
 
 	TEST_F(HarnessArgumentTest, WrongTypesNameTheFunctionTheArgumentAndTheExpectedType)
