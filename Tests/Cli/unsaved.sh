@@ -47,7 +47,7 @@ grep -v '^\[OK\]' "$work/out" > "$work/printed"
 expect_file "$work/printed" "false	no package named '/Game/Yard/SM_Nowhere' is loaded
 true
 false	true
-false	save_packages: entry 2 is a number, not a package name
+false	headless.save_packages(packages?): argument #1 'packages' entry 2 must be a string, got number
 false	Saving failed (injected fault: disk full).
 true"
 expect_file "$work/err" "LogFileHelpers: Error: Saving failed (injected fault: disk full)."

@@ -98,9 +98,9 @@ local function error_of(...)
 	-- Without the place of the call, which the wrapper adds.
 	return not ok and err:gsub("^[^:]+:%d+: ", "") or nil
 end
-expect.eq(error_of(data .. "Nodes.gltf"), "bad argument #2 to 'import_mesh' (string expected, got no value)", "no destination")
-expect.eq(error_of(data .. "Nodes.gltf", "Imported/SM_X", { overwrite = true }), "import_mesh: unknown option overwrite (the only option is replace)", "an unknown option")
-expect.eq(error_of(data .. "Nodes.gltf", "Imported/SM_X", { replace = "yes" }), "import_mesh: replace is a string, not a boolean", "replace not a boolean")
-expect.eq(error_of(data .. "Nodes.gltf", "Imported/SM_X", true), "bad argument #3 to 'import_mesh' (table expected, got boolean)", "options not a table")
+expect.eq(error_of(data .. "Nodes.gltf"), "headless.import_mesh(file, dest, options?): argument #2 'dest' must be a string, got no value", "no destination")
+expect.eq(error_of(data .. "Nodes.gltf", "Imported/SM_X", { overwrite = true }), "headless.import_mesh(file, dest, options?): argument #3 'options' has an unknown key overwrite (the only option is replace)", "an unknown option")
+expect.eq(error_of(data .. "Nodes.gltf", "Imported/SM_X", { replace = "yes" }), "headless.import_mesh(file, dest, options?): argument #3 'options' field 'replace' must be a boolean, got string", "replace not a boolean")
+expect.eq(error_of(data .. "Nodes.gltf", "Imported/SM_X", true), "headless.import_mesh(file, dest, options?): argument #3 'options' must be a table, got boolean", "options not a table")
 
 expect.finish()
