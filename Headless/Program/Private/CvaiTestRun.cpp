@@ -151,8 +151,9 @@ namespace UE::Headless::Cvai
 	void FTestRun::StartSession()
 	{
 		const fs::path Path = Session == 0 ? Script.Path : Script.FollowUps[Session - 1];
-		const std::string Absolute = fs::absolute(Path).string();
-		const FArguments Arguments = MakeSessionArguments(Settings, Absolute, Project, Folder + "/report");
+		// Run from its own folder under its own name, as a user runs it, so that its errors name "script.lua:12:" and
+		// require() finds modules beside it.
+		const FArguments Arguments = MakeSessionArguments(Settings, Path.filename().string(), Project, Folder + "/report");
 		std::remove((Folder + "/report").c_str());
 		const int Output = open((Folder + "/output").c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0644);
 		if (Output < 0)
