@@ -1,0 +1,90 @@
+#!/usr/bin/env bash
+# cvai test: its counts, result lines and exit status for each way a script ends, follow-up sessions, the order of
+# the lines, --filter, -j, --tap, --junit, the template project left as it was, and the expect library's messages.
+source "$(dirname "$0")/lib/common.sh"
+
+suite=$work/suite
+mkdir -p "$suite/deeper" "$suite/.hidden"
+cat > "$suite/pass_test.lua" <<'LUA'
+expect.eq(nanite_assembly_support().ok, true)
+expect.near(0.1 + 0.2, 0.3, 1e-9)
+expect.refused(nanite_assembly_info(""), "static mesh not found: ", "nanite_assembly_info")
+expect.eq(expect.error(function() error("gone") end, "gone"), "gone")
+LUA
+printf 'expect.eq("one\\ntwo\\nthree", "one\\ntwX\\nthree", "text")\n' > "$suite/diff_test.lua"
+echo 'skip("no renderer here")' > "$suite/skip_test.lua"
+echo 'while true do end' > "$suite/deeper/spin_test.lua"
+echo 'local t = nil; print(t.x)' > "$suite/deeper/error_test.lua"
+echo 'print("about to crash"); io.stdout:flush(); os.execute("kill -SEGV $PPID")' > "$suite/deeper/crash_test.lua"
+echo 'error("hidden folders are not searched")' > "$suite/.hidden/never_test.lua"
+echo 'error("not a test script")' > "$suite/helper.lua"
+# A follow-up session sees what the script saved, on the same project copy.
+cat > "$suite/save_test.lua" <<'LUA'
+expect.ok(nanite_assembly_build{ output = "/Game/S/SM_A", save = true, parts = { { mesh = "/Engine/BasicShapes/Cube", transforms = { {} } } } })
+LUA
+echo 'expect.eq(nanite_assembly_info("/Game/S/SM_A").node_count, 1, "saved nodes")' > "$suite/save_test.after.lua"
+echo 'expect.eq(nanite_assembly_info("/Game/S/SM_A").node_count, 2, "second follow-up")' > "$suite/save_test.after2.lua"
+
+template=$(new_project Template)
+expect_status 1 "$cvai" test "$suite" --project "$template" --timeout 1 -j 3 --junit "$work/results.xml"
+sed -E 's/\([0-9]+\.[0-9]+ s\)/(T s)/' "$work/out" | grep -v '^    |' > "$work/lines"
+expect_file "$work/lines" "FAIL $suite/deeper/crash_test.lua (T s)
+    crashed: killed by signal 11 (SIGSEGV)
+    output:
+FAIL $suite/deeper/error_test.lua (T s)
+    error_test.lua:1: attempt to index a nil value (local 't')
+    output:
+FAIL $suite/deeper/spin_test.lua (T s)
+    timeout: still running after 1 s
+FAIL $suite/diff_test.lua (T s)
+    diff_test.lua:1: text: strings differ at line 2, column 3
+    expected: \"twX\\n\"
+    actual:   \"two\\n\"
+    output:
+PASS $suite/pass_test.lua (T s)
+FAIL $suite/save_test.lua (T s)
+    save_test.after2.lua: save_test.after2.lua:1: second follow-up: expected 2, got 1
+    output:
+SKIP $suite/skip_test.lua (no renderer here)
+1 passed, 5 failed, 1 skipped"
+expect_line "$work/out" "    | about to crash"
+expect_line "$work/out" "    | [OK] nanite_assembly_info(\"/Game/S/SM_A\") -> is_assembly=true, parts=1, nodes=1"
+# The template is copied, never used itself.
+[ -z "$(ls -A "$template/Content")" ] || fail "the template project was changed: $(ls -R "$template/Content")"
+
+# JUnit XML: well formed, with the counts and one testcase per script.
+if command -v xmllint > /dev/null; then
+	xmllint --noout "$work/results.xml" || fail "the JUnit file is not well-formed XML"
+fi
+expect_line "$work/results.xml" '<testsuites name="cvai test" tests="7" failures="5" errors="0" skipped="1"'"$(grep -o ' time="[^"]*"' "$work/results.xml" | head -1)"'>'
+[ "$(grep -c '<testcase ' "$work/results.xml")" -eq 7 ] || fail "not 7 testcases: $(cat "$work/results.xml")"
+expect_line "$work/results.xml" '      <skipped message="no renderer here"/>'
+expect_line "$work/results.xml" '      <failure message="crashed: killed by signal 11 (SIGSEGV)">crashed: killed by signal 11 (SIGSEGV)</failure>'
+
+# --filter: a text held by the path, or a glob over the whole path; TAP output.
+expect_status 0 "$cvai" test "$suite" --filter pass_ --tap
+expect_file "$work/out" "TAP version 13
+1..1
+ok 1 - $suite/pass_test.lua
+# 1 passed, 0 failed"
+expect_status 1 "$cvai" test "$suite" --filter '*/s[ak]*_test.lua' --tap -j 1 --timeout 30
+grep -v '^    ' "$work/out" > "$work/lines"
+expect_file "$work/lines" "TAP version 13
+1..2
+not ok 1 - $suite/save_test.lua
+  ---
+  message: |
+  output: |
+  ...
+ok 2 - $suite/skip_test.lua # SKIP no renderer here
+# 0 passed, 1 failed, 1 skipped"
+
+# A script named on its own runs whatever its name; a path that is neither is a usage error.
+expect_status 0 "$cvai" test "$suite/pass_test.lua" "$suite/pass_test.lua"
+expect_file "$work/out" "PASS $suite/pass_test.lua ($(grep -o '[0-9.]* s' "$work/out"))
+1 passed, 0 failed"
+refused "no script or folder '$work/missing'" test "$work/missing"
+expect_status 1 "$cvai" test "$suite" --filter nothing-matches
+expect_file "$work/err" "cvai: no test scripts (*_test.lua) found"
+
+finish
