@@ -26,7 +26,7 @@ echo 'expect.eq(nanite_assembly_info("/Game/S/SM_A").node_count, 1, "saved nodes
 echo 'expect.eq(nanite_assembly_info("/Game/S/SM_A").node_count, 2, "second follow-up")' > "$suite/save_test.after2.lua"
 
 template=$(new_project Template)
-expect_status 1 "$cvai" test "$suite" --project "$template" --timeout 1 -j 3 --junit "$work/results.xml"
+expect_status 1 "$cvai" test "$suite" --project "$template" --timeout 1 -j 3 --no-sandbox --junit "$work/results.xml"
 sed -E 's/\([0-9]+\.[0-9]+ s\)/(T s)/' "$work/out" | grep -v '^    |' > "$work/lines"
 expect_file "$work/lines" "FAIL $suite/deeper/crash_test.lua (T s)
     crashed: killed by signal 11 (SIGSEGV)
@@ -86,5 +86,20 @@ expect_file "$work/out" "PASS $suite/pass_test.lua ($(grep -o '[0-9.]* s' "$work
 refused "no script or folder '$work/missing'" test "$work/missing"
 expect_status 1 "$cvai" test "$suite" --filter nothing-matches
 expect_file "$work/err" "cvai: no test scripts (*_test.lua) found"
+
+# -j: two scripts that each wait for the other pass only when they run at the same time.
+mkdir -p "$work/meet" "$work/pair"
+for pair in a:b b:a; do
+	cat > "$work/pair/${pair%:*}_test.lua" <<LUA
+io.open("$work/meet/${pair%:*}", "w"):close()
+while not io.open("$work/meet/${pair#*:}") do os.execute("sleep 0.02") end
+LUA
+done
+expect_status 0 "$cvai" test "$work/pair" -j 2 --timeout 20 --no-sandbox
+expect_line "$work/out" "2 passed, 0 failed"
+rm -f "$work/meet"/*
+expect_status 1 "$cvai" test "$work/pair" -j 1 --timeout 1 --no-sandbox
+expect_line "$work/out" "1 passed, 1 failed"
+expect_line "$work/out" "    timeout: still running after 1 s"
 
 finish
