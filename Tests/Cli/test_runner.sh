@@ -18,6 +18,8 @@ echo 'local t = nil; print(t.x)' > "$suite/deeper/error_test.lua"
 echo 'print("about to crash"); io.stdout:flush(); os.execute("kill -SEGV $PPID")' > "$suite/deeper/crash_test.lua"
 echo 'error("hidden folders are not searched")' > "$suite/.hidden/never_test.lua"
 echo 'error("not a test script")' > "$suite/helper.lua"
+# What XML must escape, and a control character it cannot hold at all.
+printf 'error("<a & \\"b\\" \x27c\x27>\\1", 0)\n' > "$suite/deeper/xml_test.lua"
 # A follow-up session sees what the script saved, on the same project copy.
 cat > "$suite/save_test.lua" <<'LUA'
 expect.ok(nanite_assembly_build{ output = "/Game/S/SM_A", save = true, parts = { { mesh = "/Engine/BasicShapes/Cube", transforms = { {} } } } })
@@ -36,6 +38,9 @@ FAIL $suite/deeper/error_test.lua (T s)
     output:
 FAIL $suite/deeper/spin_test.lua (T s)
     timeout: still running after 1 s
+FAIL $suite/deeper/xml_test.lua (T s)
+    <a & \"b\" 'c'>$(printf '\001')
+    output:
 FAIL $suite/diff_test.lua (T s)
     diff_test.lua:1: text: strings differ at line 2, column 3
     expected: \"twX\\n\"
@@ -46,19 +51,18 @@ FAIL $suite/save_test.lua (T s)
     save_test.after2.lua: save_test.after2.lua:1: second follow-up: expected 2, got 1
     output:
 SKIP $suite/skip_test.lua (no renderer here)
-1 passed, 5 failed, 1 skipped"
+1 passed, 6 failed, 1 skipped"
 expect_line "$work/out" "    | about to crash"
 expect_line "$work/out" "    | [OK] nanite_assembly_info(\"/Game/S/SM_A\") -> is_assembly=true, parts=1, nodes=1"
 # The template is copied, never used itself.
 [ -z "$(ls -A "$template/Content")" ] || fail "the template project was changed: $(ls -R "$template/Content")"
 
 # JUnit XML: well formed, with the counts and one testcase per script.
-if command -v xmllint > /dev/null; then
-	xmllint --noout "$work/results.xml" || fail "the JUnit file is not well-formed XML"
-fi
-expect_line "$work/results.xml" '<testsuites name="cvai test" tests="7" failures="5" errors="0" skipped="1"'"$(grep -o ' time="[^"]*"' "$work/results.xml" | head -1)"'>'
-[ "$(grep -c '<testcase ' "$work/results.xml")" -eq 7 ] || fail "not 7 testcases: $(cat "$work/results.xml")"
+xmllint --noout "$work/results.xml" || fail "the JUnit file is not well-formed XML"
+expect_line "$work/results.xml" '<testsuites name="cvai test" tests="8" failures="6" errors="0" skipped="1"'"$(grep -o ' time="[^"]*"' "$work/results.xml" | head -1)"'>'
+[ "$(grep -c '<testcase ' "$work/results.xml")" -eq 8 ] || fail "not 8 testcases: $(cat "$work/results.xml")"
 expect_line "$work/results.xml" '      <skipped message="no renderer here"/>'
+expect_line "$work/results.xml" '      <failure message="&lt;a &amp; &quot;b&quot; &apos;c&apos;&gt;?">&lt;a &amp; &quot;b&quot; &apos;c&apos;&gt;?</failure>'
 expect_line "$work/results.xml" '      <failure message="crashed: killed by signal 11 (SIGSEGV)">crashed: killed by signal 11 (SIGSEGV)</failure>'
 
 # --filter: a text held by the path, or a glob over the whole path; TAP output.
