@@ -7,6 +7,7 @@
 #include "Headless/HeadlessEditor.h"
 #include "Headless/StringUtils.h"
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <csignal>
@@ -115,21 +116,18 @@ namespace UE::Headless::Cvai
 		{
 			std::vector<std::unique_ptr<FTestRun>> Runs;
 			std::vector<FTestResult> Results;
-			size_t Running = 0;
 			while (Results.size() < Scripts.size() && !bInterrupted)
 			{
-				while (Running < Jobs && Runs.size() < Scripts.size())
+				// Results.size() runs have been reported and let go of; of the others, the unfinished ones are running.
+				const size_t Running = std::count_if(Runs.begin() + Results.size(), Runs.end(), [](const std::unique_ptr<FTestRun>& Run) { return !Run->IsFinished(); });
+				for (size_t Started = Running; Started < Jobs && Runs.size() < Scripts.size(); ++Started)
 				{
 					Runs.push_back(std::make_unique<FTestRun>(Settings, Scripts[Runs.size()]));
 					Runs.back()->Start();
-					++Running;
 				}
-				for (const std::unique_ptr<FTestRun>& Run : Runs)
+				for (size_t Index = Results.size(); Index < Runs.size(); ++Index)
 				{
-					if (Run && !Run->IsFinished() && Run->Poll())
-					{
-						--Running;
-					}
+					Runs[Index]->Poll();
 				}
 				bool bReported = false;
 				while (Results.size() < Runs.size() && Runs[Results.size()]->IsFinished())
@@ -144,7 +142,6 @@ namespace UE::Headless::Cvai
 					std::this_thread::sleep_for(std::chrono::milliseconds(5));
 				}
 			}
-			// A run that started finished at once: Running counts it down through Poll, which returns true for it.
 			return Results;
 		}
 
