@@ -16,6 +16,9 @@ echo 'skip("no renderer here")' > "$suite/skip_test.lua"
 echo 'while true do end' > "$suite/deeper/spin_test.lua"
 echo 'local t = nil; print(t.x)' > "$suite/deeper/error_test.lua"
 echo 'print("about to crash"); io.stdout:flush(); os.execute("kill -SEGV $PPID")' > "$suite/deeper/crash_test.lua"
+# A session that ends on its own status, or without a word to the runner.
+echo 'os.exit(3)' > "$suite/deeper/status_test.lua"
+echo 'os.exit(0)' > "$suite/deeper/silent_test.lua"
 echo 'error("hidden folders are not searched")' > "$suite/.hidden/never_test.lua"
 echo 'error("not a test script")' > "$suite/helper.lua"
 # What XML must escape, and a control character it cannot hold at all.
@@ -28,6 +31,9 @@ echo 'expect.eq(nanite_assembly_info("/Game/S/SM_A").node_count, 1, "saved nodes
 echo 'expect.eq(nanite_assembly_info("/Game/S/SM_A").node_count, 2, "second follow-up")' > "$suite/save_test.after2.lua"
 
 template=$(new_project Template)
+# Every copy of the project goes into TMPDIR, and is gone when its script has finished.
+export TMPDIR=$work/tmp
+mkdir "$TMPDIR"
 expect_status 1 "$cvai" test "$suite" --project "$template" --timeout 1 -j 3 --no-sandbox --junit "$work/results.xml"
 sed -E 's/\([0-9]+\.[0-9]+ s\)/(T s)/' "$work/out" | grep -v '^    |' > "$work/lines"
 expect_file "$work/lines" "FAIL $suite/deeper/crash_test.lua (T s)
@@ -36,8 +42,12 @@ expect_file "$work/lines" "FAIL $suite/deeper/crash_test.lua (T s)
 FAIL $suite/deeper/error_test.lua (T s)
     error_test.lua:1: attempt to index a nil value (local 't')
     output:
+FAIL $suite/deeper/silent_test.lua (T s)
+    the session ended with exit status 0 but no test report
 FAIL $suite/deeper/spin_test.lua (T s)
     timeout: still running after 1 s
+FAIL $suite/deeper/status_test.lua (T s)
+    ended with exit status 3
 FAIL $suite/deeper/xml_test.lua (T s)
     <a & \"b\" 'c'>$(printf '\001')
     output:
@@ -51,16 +61,17 @@ FAIL $suite/save_test.lua (T s)
     save_test.after2.lua: save_test.after2.lua:1: second follow-up: expected 2, got 1
     output:
 SKIP $suite/skip_test.lua (no renderer here)
-1 passed, 6 failed, 1 skipped"
+1 passed, 8 failed, 1 skipped"
 expect_line "$work/out" "    | about to crash"
 expect_line "$work/out" "    | [OK] nanite_assembly_info(\"/Game/S/SM_A\") -> is_assembly=true, parts=1, nodes=1"
+[ -z "$(ls -A "$TMPDIR")" ] || fail "temporary folders left behind: $(ls "$TMPDIR")"
 # The template is copied, never used itself.
 [ -z "$(ls -A "$template/Content")" ] || fail "the template project was changed: $(ls -R "$template/Content")"
 
 # JUnit XML: well formed, with the counts and one testcase per script.
 xmllint --noout "$work/results.xml" || fail "the JUnit file is not well-formed XML"
-expect_line "$work/results.xml" '<testsuites name="cvai test" tests="8" failures="6" errors="0" skipped="1"'"$(grep -o ' time="[^"]*"' "$work/results.xml" | head -1)"'>'
-[ "$(grep -c '<testcase ' "$work/results.xml")" -eq 8 ] || fail "not 8 testcases: $(cat "$work/results.xml")"
+expect_line "$work/results.xml" '<testsuites name="cvai test" tests="10" failures="8" errors="0" skipped="1"'"$(grep -o ' time="[^"]*"' "$work/results.xml" | head -1)"'>'
+[ "$(grep -c '<testcase ' "$work/results.xml")" -eq 10 ] || fail "not 10 testcases: $(cat "$work/results.xml")"
 expect_line "$work/results.xml" '      <skipped message="no renderer here"/>'
 expect_line "$work/results.xml" '      <failure message="&lt;a &amp; &quot;b&quot; &apos;c&apos;&gt;?">&lt;a &amp; &quot;b&quot; &apos;c&apos;&gt;?</failure>'
 expect_line "$work/results.xml" '      <failure message="crashed: killed by signal 11 (SIGSEGV)">crashed: killed by signal 11 (SIGSEGV)</failure>'
@@ -105,5 +116,27 @@ rm -f "$work/meet"/*
 expect_status 1 "$cvai" test "$work/pair" -j 1 --timeout 1 --no-sandbox
 expect_line "$work/out" "1 passed, 1 failed"
 expect_line "$work/out" "    timeout: still running after 1 s"
+
+# Stopped from outside, cvai test ends what it started and removes its copies.
+echo 'while true do end' > "$work/spin_test.lua"
+"$cvai" test "$work/spin_test.lua" --timeout 0 > "$work/out" 2> "$work/err" &
+runner=$!
+for _ in $(seq 100); do
+	[ -n "$(ls -A "$TMPDIR")" ] && pgrep -P "$runner" > /dev/null && break
+	sleep 0.05
+done
+session=$(pgrep -P "$runner")
+[ -n "$session" ] || fail "no session started"
+kill -INT "$runner"
+wait "$runner"
+status=$?
+[ "$status" -eq 130 ] || fail "an interrupted cvai test exited $status"
+expect_file "$work/err" "cvai: interrupted"
+kill -0 "$session" 2> /dev/null && fail "the session $session still runs"
+[ -z "$(ls -A "$TMPDIR")" ] || fail "temporary folders left behind: $(ls "$TMPDIR")"
+
+refused "-j needs a positive whole number, not '0'" test -j 0
+refused "--max-memory needs a positive whole number, not '0'" test --max-memory 0
+refused "--timeout needs a number of seconds, not '-1'" test --timeout -1
 
 finish
