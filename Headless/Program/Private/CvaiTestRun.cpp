@@ -67,50 +67,58 @@ namespace UE::Headless::Cvai
 			std::fprintf(stderr, "cvai test: cannot run '%s': %s\n", Program.c_str(), std::strerror(errno));
 			_exit(127);
 		}
-	}
 
-	FArguments MakeSessionArguments(const FTestSettings& Settings, const std::string& Script, const std::string& Project, const std::string& Report)
-	{
-		FArguments Arguments{ "run", Script, "--project", Project, TestReportOption.Name, Report };
-		if (bSessionGuards)
+		// The words after the program's name that run one session of a script on a project.
+		FArguments MakeSessionArguments(const FTestSettings& Settings, const std::string& Script, const std::string& Project, const std::string& Report)
 		{
-			if (Settings.TimeoutSeconds > 0)
+			FArguments Arguments{ "run", Script, "--project", Project, TestReportOption.Name, Report };
+			if (bSessionGuards)
 			{
-				Arguments.insert(Arguments.end(), { "--timeout", FormatSeconds(Settings.TimeoutSeconds) });
+				if (Settings.TimeoutSeconds > 0)
+				{
+					Arguments.insert(Arguments.end(), { "--timeout", FormatSeconds(Settings.TimeoutSeconds) });
+				}
+				if (!Settings.MaxMemoryMegabytes.empty())
+				{
+					Arguments.insert(Arguments.end(), { "--max-memory", Settings.MaxMemoryMegabytes });
+				}
+				if (Settings.bSandbox)
+				{
+					Arguments.push_back("--sandbox");
+				}
 			}
-			if (!Settings.MaxMemoryMegabytes.empty())
-			{
-				Arguments.insert(Arguments.end(), { "--max-memory", Settings.MaxMemoryMegabytes });
-			}
-			if (Settings.bSandbox)
-			{
-				Arguments.push_back("--sandbox");
-			}
+			return Arguments;
 		}
-		return Arguments;
-	}
 
-	std::string DescribeSessionFailure(int WaitStatus, double TimeoutSeconds, const std::string& ReportedError)
-	{
-		if (WIFSIGNALED(WaitStatus))
+		std::string DescribeTimeout(double TimeoutSeconds)
 		{
-			const int Signal = WTERMSIG(WaitStatus);
-			return "crashed: killed by signal " + std::to_string(Signal) + " (SIG" + sigabbrev_np(Signal) + ")";
-		}
-		const int Status = WEXITSTATUS(WaitStatus);
-		switch (Status)
-		{
-		case ExitOk:
-		case ExitSkipped:
-			return "";
-		case ExitFailure:
-			return ReportedError.empty() ? "failed" : ReportedError;
-		case ExitTimedOut:
 			return "timeout: still running after " + FormatSeconds(TimeoutSeconds) + " s";
-		case ExitMemoryLimit:
-			return ReportedError.empty() ? "over the memory limit" : ReportedError;
-		default:
-			return "ended with exit status " + std::to_string(Status);
+		}
+
+		// Why a session that ended with this wait status failed; empty when it passed or was skipped.
+		std::string DescribeSessionFailure(int WaitStatus, double TimeoutSeconds, const std::string& ReportedError)
+		{
+			if (WIFSIGNALED(WaitStatus))
+			{
+				const int Signal = WTERMSIG(WaitStatus);
+				const char* Name = sigabbrev_np(Signal);
+				return "crashed: killed by signal " + std::to_string(Signal) + (Name ? " (SIG" + std::string(Name) + ")" : std::string());
+			}
+			const int Status = WEXITSTATUS(WaitStatus);
+			switch (Status)
+			{
+			case ExitOk:
+			case ExitSkipped:
+				return "";
+			case ExitFailure:
+				return ReportedError.empty() ? "failed" : ReportedError;
+			case ExitTimedOut:
+				return DescribeTimeout(TimeoutSeconds);
+			case ExitMemoryLimit:
+				return ReportedError.empty() ? "over the memory limit" : ReportedError;
+			default:
+				return "ended with exit status " + std::to_string(Status);
+			}
 		}
 	}
 
@@ -209,8 +217,7 @@ namespace UE::Headless::Cvai
 	bool FTestRun::TakeSessionEnd(int WaitStatus, bool bTimedOut)
 	{
 		const std::optional<FTestReport> Report = ReadTestReport(Folder + "/report");
-		std::string Failure = bTimedOut ? DescribeSessionFailure(ExitTimedOut << 8, Settings.TimeoutSeconds, "")
-										: DescribeSessionFailure(WaitStatus, Settings.TimeoutSeconds, Report ? Report->Message : "");
+		std::string Failure = bTimedOut ? DescribeTimeout(Settings.TimeoutSeconds) : DescribeSessionFailure(WaitStatus, Settings.TimeoutSeconds, Report ? Report->Message : "");
 		const bool bExited = !bTimedOut && WIFEXITED(WaitStatus);
 		if (Failure.empty() && bExited && WEXITSTATUS(WaitStatus) == ExitSkipped && Report && Report->Outcome == "skip")
 		{

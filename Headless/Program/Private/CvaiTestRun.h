@@ -26,13 +26,6 @@ namespace UE::Headless::Cvai
 		bool bSandbox = true;
 	};
 
-	// The words after the program's name that run one session of a script on a project.
-	FArguments MakeSessionArguments(const FTestSettings& Settings, const std::string& Script, const std::string& Project, const std::string& Report);
-
-	// Why a session that ended with this wait status failed, or an empty text when it passed; a skip is reported as
-	// "skip" with no text here.
-	std::string DescribeSessionFailure(int WaitStatus, double TimeoutSeconds, const std::string& ReportedError);
-
 	class FTestRun
 	{
 	public:
