@@ -72,6 +72,7 @@ expect_line "$work/out" "    | [OK] nanite_assembly_info(\"/Game/S/SM_A\") -> is
 xmllint --noout "$work/results.xml" || fail "the JUnit file is not well-formed XML"
 expect_line "$work/results.xml" '<testsuites name="cvai test" tests="10" failures="8" errors="0" skipped="1"'"$(grep -o ' time="[^"]*"' "$work/results.xml" | head -1)"'>'
 [ "$(grep -c '<testcase ' "$work/results.xml")" -eq 10 ] || fail "not 10 testcases: $(cat "$work/results.xml")"
+expect_text "$work/results.xml" "    <testcase classname=\"$suite/deeper\" name=\"$suite/deeper/crash_test.lua\" time=\""
 expect_line "$work/results.xml" '      <skipped message="no renderer here"/>'
 expect_line "$work/results.xml" '      <failure message="&lt;a &amp; &quot;b&quot; &apos;c&apos;&gt;?">&lt;a &amp; &quot;b&quot; &apos;c&apos;&gt;?</failure>'
 expect_line "$work/results.xml" '      <failure message="crashed: killed by signal 11 (SIGSEGV)">crashed: killed by signal 11 (SIGSEGV)</failure>'
