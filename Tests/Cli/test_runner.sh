@@ -136,6 +136,19 @@ expect_file "$work/err" "cvai: interrupted"
 kill -0 "$session" 2> /dev/null && fail "the session $session still runs"
 [ -z "$(ls -A "$TMPDIR")" ] || fail "temporary folders left behind: $(ls "$TMPDIR")"
 
+# The template is read under the project's lock: a run that changes it keeps cvai test waiting, here not at all.
+echo 'while true do end' > "$work/forever.lua"
+"$cvai" run "$work/forever.lua" --project "$template" > /dev/null 2>&1 &
+holder=$!
+for _ in $(seq 100); do
+	[ -e "$template/Saved/Logs/cvai.log" ] && break
+	sleep 0.05
+done
+expect_status 3 "$cvai" test "$suite/pass_test.lua" --project "$template" --lock-timeout 0
+expect_file "$work/err" "cvai: the project '$template/' is in use by process $holder"
+kill "$holder"
+wait "$holder" 2> /dev/null
+
 refused "-j needs a positive whole number, not '0'" test -j 0
 refused "--max-memory needs a positive whole number, not '0'" test --max-memory 0
 refused "--timeout needs a number of seconds, not '-1'" test --timeout -1

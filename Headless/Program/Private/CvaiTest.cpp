@@ -174,7 +174,7 @@ namespace UE::Headless::Cvai
 				// Read while the scripts run, so that no run or import changes the template half way through a copy.
 				if (Lock.Lock(Settings.TemplateProject, EProjectAccess::Read, std::stod(CommandLine.Get(LockTimeoutOption.Name, "30")), nullptr) == ELockResult::Busy)
 				{
-					std::fprintf(stderr, "cvai: the project '%s' is in use by process %d\n", Settings.TemplateProject.c_str(), (int)Lock.GetHolder());
+					std::fprintf(stderr, "cvai: the project '%s' is in use by process %d\n", ToUtf8(Project.ProjectDir).c_str(), (int)Lock.GetHolder());
 					return ExitProjectBusy;
 				}
 			}
