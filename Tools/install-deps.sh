@@ -16,6 +16,7 @@ packages=(
 	libtinygltf-dev                     # glTF export
 	chromium                            # the viewer's pictures (headless, software WebGL)
 	fonts-dejavu-core                   # the letters of the viewer's legend in its pictures
+	libxml2-utils                       # xmllint, which checks the JUnit XML of cvai test
 )
 # Node.js and npm for the viewer's three.js and the glTF validator; a machine that has them from elsewhere
 # (NodeSource's nodejs ships its own npm) keeps them.

@@ -9,15 +9,10 @@
 
 set(Delimiter "cvai_js")
 
+include(${CMAKE_CURRENT_LIST_DIR}/ReadEmbeddedText.cmake)
+
 function(read_text Path OutVariable)
-	if(NOT EXISTS "${Path}")
-		message(FATAL_ERROR "${Path} is missing: run 'make deps' (it runs npm ci in Tools/Web).")
-	endif()
-	file(READ "${Path}" Text)
-	string(FIND "${Text}" ")${Delimiter}\"" Clash)
-	if(NOT Clash EQUAL -1)
-		message(FATAL_ERROR "${Path} holds the text ')${Delimiter}\"', which ends the raw string that embeds it.")
-	endif()
+	read_embedded_text("${Path}" "${Delimiter}" ": run 'make deps' (it runs npm ci in Tools/Web)." Text)
 	set(${OutVariable} "${Text}" PARENT_SCOPE)
 endfunction()
 

@@ -20,7 +20,7 @@ expect_status 2 "$cvai"
 expect_file "$work/err" "$(cat "$help/cvai.txt")"
 expect_file "$work/out" ""
 
-for command in new run info import export view automation docs; do
+for command in new run info import export view automation test docs; do
 	expect_help "$help/$command.txt" "$command" --help
 	expect_help "$help/$command.txt" "$command" -h
 	expect_help "$help/$command.txt" "$command" a b c --bogus --help

@@ -22,6 +22,7 @@ namespace UE::Headless::Cvai
 	extern const FCommand ExportCommand;
 	extern const FCommand AutomationCommand;
 	extern const FCommand ViewCommand;
+	extern const FCommand TestCommand;
 	extern const FCommand DocsCommand;
 
 	// Prints "cvai: <message>" and a hint to stderr; returns ExitUsage.

@@ -10,7 +10,7 @@ namespace UE::Headless::Cvai
 {
 	namespace
 	{
-		const FCommand* const Commands[] = { &NewCommand, &RunCommand, &InfoCommand, &ImportCommand, &ExportCommand, &ViewCommand, &AutomationCommand, &DocsCommand };
+		const FCommand* const Commands[] = { &NewCommand, &RunCommand, &InfoCommand, &ImportCommand, &ExportCommand, &ViewCommand, &AutomationCommand, &TestCommand, &DocsCommand };
 
 		// A usage line that leaves no room before this column puts its summary on the next line.
 		constexpr size_t SummaryColumn = 56;

@@ -1,5 +1,6 @@
 #include "CvaiCommands.h"
 #include "CvaiEditorSession.h"
+#include "CvaiTestSession.h"
 
 #include "Headless/FatalExit.h"
 #include "Headless/StringUtils.h"
@@ -114,6 +115,11 @@ namespace UE::Headless::Cvai
 			}
 
 			FCorvaneLuaSession& Session = Editor.GetLuaSession();
+			FTestSession Test(CommandLine.Get(TestReportOption.Name, ""));
+			if (!Test.Install(Session))
+			{
+				return ExitFailure;
+			}
 			FLuaSessionAccess::SetLogListener(Session.GetSessionData(), [LogFile](const FString& Line)
 			{
 				const std::string Text = ToUtf8(Line);
@@ -131,18 +137,18 @@ namespace UE::Headless::Cvai
 				bScriptRan = Session.RunFile(Script, ScriptError);
 			}
 			std::fflush(stdout);
-			if (!bScriptRan)
+			if (!bScriptRan && !Test.IsSkipped())
 			{
 				std::fprintf(stderr, "%s\n", ScriptError.c_str());
 			}
 			const bool bSaved = !CommandLine.Has(SaveOnExitOption.Name) || SaveOnExit();
 			ReportUnsavedPackages();
-			return bScriptRan && bSaved ? ExitOk : ExitFailure;
+			return Test.Finish(bScriptRan && bSaved ? ExitOk : ExitFailure, ScriptError);
 		}
 	}
 
 	const FCommand RunCommand{ .Run = &RunRun,
 		.Syntax = { .Name = "run", .Summary = "run a script in a headless editor session", .Description = Help, .ExitStatus = ExitStatus,
-			.Options = { ProjectOption, LogOption, VerboseOption, SaveOnExitOption },
+			.Options = { ProjectOption, LogOption, VerboseOption, SaveOnExitOption, TestReportOption },
 			.Positionals = { .Names = { "SCRIPT.lua" }, .MinCount = 1, .MissingMessage = "run needs a script", .ExtraMessage = "run takes one script" } } };
 }

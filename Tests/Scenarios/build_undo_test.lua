@@ -1,5 +1,4 @@
 -- One build is one undo step: Undo takes the whole build back, Redo brings it again.
-local expect = require("Support.expect")
 local packages = require("Support.packages")
 
 local cube, sphere = "/Engine/BasicShapes/Cube", "/Engine/BasicShapes/Sphere"
@@ -60,5 +59,3 @@ expect.eq(headless.undo(), true, "undo the second build")
 local refused = nanite_assembly_build{ output = "/Game/Undo/SM_Other", parts = { { mesh = "Missing", transforms = { {} } } }, overwrite = true }
 expect.eq(refused.ok, false, "refused")
 expect.eq(headless.redo(), true, "the redo step survived the refusal")
-
-expect.finish()

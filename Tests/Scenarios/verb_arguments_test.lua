@@ -1,5 +1,4 @@
 -- The three globals, and the binding layer's argument checks that run before a verb body.
-local expect = require("Support.expect")
 
 for _, name in ipairs({ "nanite_assembly_support", "nanite_assembly_info", "nanite_assembly_build" }) do
 	expect.eq(type(_G[name]), "function", name .. " is a function")
@@ -17,13 +16,13 @@ end
 local function argument_error(message, prefix, what)
 	expect.eq(message:sub(1, #prefix), prefix, what .. " text")
 	local addendum = message:sub(#prefix + 1)
-	expect.truthy(addendum:match("^%(bad argument into '[^']+%([^']*this_state%)'%)$"), what .. " addendum: " .. addendum)
+	expect.match(addendum, "^%(bad argument into '[^']+%([^']*this_state%)'%)$", what .. " addendum")
 end
 
 argument_error(raised(nanite_assembly_info, 42), "stack index 1, expected string, received number: ", "info(42)")
 argument_error(raised(nanite_assembly_info), "stack index 1, expected string, received no value: ", "info()")
 argument_error(raised(nanite_assembly_info, nil), "stack index 1, expected string, received nil: ", "info(nil)")
-expect.truthy(raised(nanite_assembly_info, {}):find("bad argument", 1, true), "info({}) mentions bad argument")
+expect.match(raised(nanite_assembly_info, {}), "bad argument", "info({}) mentions bad argument")
 
 argument_error(raised(nanite_assembly_build, "x"),
 	"stack index 1, expected table, received string: value is not a table or a userdata that can behave like one ", "build('x')")
@@ -33,7 +32,7 @@ argument_error(raised(nanite_assembly_build),
 -- Called from Lua code, the error carries the caller's position, as luaL_error adds it.
 local ok, message = pcall(function() return nanite_assembly_info(7) end)
 expect.eq(ok, false, "info(7) raises")
-expect.truthy(tostring(message):match("^verb_arguments%.lua:%d+: stack index 1, expected string, received number: "), "position prefix: " .. tostring(message))
+expect.match(tostring(message), "^verb_arguments_test%.lua:%d+: stack index 1, expected string, received number: ", "position prefix")
 
 -- None of these reached a verb body, so nothing was logged.
 expect.eq(#headless.log_lines(), 0, "no log line for argument errors")
@@ -42,5 +41,3 @@ expect.eq(#headless.log_lines(), 0, "no log line for argument errors")
 local result = nanite_assembly_info("/Engine/BasicShapes/Cube", 1, 2, 3)
 expect.eq(result.ok, true, "extra arguments to info are ignored")
 expect.eq(#headless.log_lines(), 1, "the verb body ran once")
-
-expect.finish()

@@ -1,5 +1,5 @@
 -- A new output and an overwrite: what is created, its flags and data, the result table and the log line.
-local expect = require("Support.expect")
+local log = require("Support.log")
 
 local cube, sphere, cone = "/Engine/BasicShapes/Cube", "/Engine/BasicShapes/Sphere", "/Engine/BasicShapes/Cone"
 local result = nanite_assembly_build{
@@ -11,13 +11,13 @@ local result = nanite_assembly_build{
 	},
 }
 expect.eq(result.ok, true, "built " .. tostring(result.error))
-expect.keys(result, {
-	{ "ok", "boolean" }, { "asset", "string" }, { "object_path", "string" }, { "nanite_enabled", "boolean" },
-	{ "nanite_settings_enabled", "boolean" }, { "is_assembly", "boolean" }, { "assembly_data_valid", "boolean" },
-	{ "part_count", "number" }, { "node_count", "number" }, { "material_slot_count", "number" }, { "parts", "table" },
-	{ "compiling", "boolean" }, { "render_data_available", "boolean" }, { "valid_nanite_data", "boolean" },
-	{ "assemblies_supported", "boolean" }, { "created", "boolean" }, { "overwritten", "boolean" }, { "saved", "boolean" },
-	{ "compiled", "boolean" }, { "transaction_owned", "boolean" }, { "plugin_enabled", "boolean" }, { "registered", "boolean" },
+expect.fields(result, {
+	ok = "boolean", asset = "string", object_path = "string", nanite_enabled = "boolean",
+	nanite_settings_enabled = "boolean", is_assembly = "boolean", assembly_data_valid = "boolean",
+	part_count = "number", node_count = "number", material_slot_count = "number", parts = "table",
+	compiling = "boolean", render_data_available = "boolean", valid_nanite_data = "boolean",
+	assemblies_supported = "boolean", created = "boolean", overwritten = "boolean", saved = "boolean",
+	compiled = "boolean", transaction_owned = "boolean", plugin_enabled = "boolean", registered = "boolean",
 }, "build result")
 expect.eq(result.asset, "/Game/Results/SM_Three", "asset")
 expect.eq(result.object_path, "/Game/Results/SM_Three.SM_Three", "object_path")
@@ -42,7 +42,7 @@ expect.eq(result.parts[1].mesh, "/Engine/BasicShapes/Cube.Cube", "part 0 mesh")
 expect.eq(result.parts[3].mesh, "/Engine/BasicShapes/Cone.Cone", "part 2 mesh")
 expect.eq(result.parts[1].node_count, 2, "part 0 nodes")
 expect.eq(result.parts[1].material_remap[1], 0, "part 0 remap")
-expect.last_log("[OK] nanite_assembly_build -> /Game/Results/SM_Three.SM_Three (created) parts=3 nodes=4 nanite=true assembly=true "
+expect.eq(log.last(), "[OK] nanite_assembly_build -> /Game/Results/SM_Three.SM_Three (created) parts=3 nodes=4 nanite=true assembly=true "
 	.. "registered=true compiled=true saved=false assemblies_supported=true")
 
 local object = headless.object_info(result.object_path)
@@ -73,7 +73,7 @@ expect.eq(again.object_path, "/Game/Results/SM_Three.SM_Three", "overwrite: same
 expect.eq(again.part_count, 1, "overwrite: one part")
 expect.eq(again.node_count, 1, "overwrite: one node")
 expect.eq(again.parts[1].mesh, "/Engine/BasicShapes/Sphere.Sphere", "overwrite: the new part")
-expect.last_log("[OK] nanite_assembly_build -> /Game/Results/SM_Three.SM_Three (overwritten) parts=1 nodes=1 nanite=true assembly=true "
+expect.eq(log.last(), "[OK] nanite_assembly_build -> /Game/Results/SM_Three.SM_Three (overwritten) parts=1 nodes=1 nanite=true assembly=true "
 	.. "registered=true compiled=true saved=false assemblies_supported=true")
 for _, r in ipairs({ result, again }) do
 	expect.eq(r.nodes, nil, "a build result has no nodes")
@@ -93,7 +93,5 @@ expect.eq(quick.ok, true, "quick " .. tostring(quick.error))
 expect.eq(quick.compiled, false, "not compiled without the wait")
 expect.eq(quick.compiling, false, "the material list read finished the build")
 expect.eq(quick.render_data_available, true, "render data once the build finished")
-expect.last_log("[OK] nanite_assembly_build -> /Game/Results/SM_Quick.SM_Quick (created) parts=1 nodes=1 nanite=true assembly=true "
+expect.eq(log.last(), "[OK] nanite_assembly_build -> /Game/Results/SM_Quick.SM_Quick (created) parts=1 nodes=1 nanite=true assembly=true "
 	.. "registered=true compiled=false saved=false assemblies_supported=true")
-
-expect.finish()

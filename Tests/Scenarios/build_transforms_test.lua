@@ -1,5 +1,4 @@
 -- Transforms as read from Lua reach the nodes: defaults, aliases, both rotation notations, scales, order.
-local expect = require("Support.expect")
 
 local transforms = {
 	{},
@@ -69,5 +68,3 @@ local merged = nanite_assembly_build{ output = "/Game/Transforms/SM_Merge", part
 } }
 expect.eq(merged.ok, true, "merge words " .. tostring(merged.error))
 expect.eq(merged.part_count, 4, "four parts, one with an empty override list")
-
-expect.finish()

@@ -1,5 +1,4 @@
 -- Every refusal of the request reader, reached by a request a script could send, with the whole message.
-local expect = require("Support.expect")
 
 local cube = "/Engine/BasicShapes/Cube"
 local out = "/Game/Reader/SM_Out"
@@ -109,5 +108,3 @@ end
 expect.eq(headless.object_info(out .. ".SM_Out"), nil, "nothing created at the output")
 expect.eq(#headless.undo_history(), 0, "no undo step")
 expect.eq(#headless.log_lines(), #cases, "one log line per call")
-
-expect.finish()

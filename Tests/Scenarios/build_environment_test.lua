@@ -1,5 +1,5 @@
 -- What the editor offers decides a build: the plugin, the editor itself, the renderer and the registry.
-local expect = require("Support.expect")
+local log = require("Support.log")
 
 local function build(output)
 	return nanite_assembly_build{ output = output, parts = { { mesh = "/Engine/BasicShapes/Cube", transforms = { {} } } } }
@@ -38,7 +38,7 @@ expect.eq(result.valid_nanite_data, false, "unsupported: no valid Nanite data")
 expect.eq(result.is_assembly, true, "unsupported: still an assembly")
 expect.eq(result.part_count, 1, "unsupported: parts stored")
 expect.eq(result.error, nil, "unsupported: no error on success")
-expect.last_log("[OK] nanite_assembly_build -> /Game/Env/SM_Unsupported.SM_Unsupported (created) parts=1 nodes=1 nanite=true assembly=true "
+expect.eq(log.last(), "[OK] nanite_assembly_build -> /Game/Env/SM_Unsupported.SM_Unsupported (created) parts=1 nodes=1 nanite=true assembly=true "
 	.. "registered=true compiled=true saved=false assemblies_supported=false")
 headless.set_cvar("r.Nanite.AllowAssemblies", 1)
 
@@ -47,8 +47,6 @@ headless.set_asset_registry_available(false)
 result = build("/Game/Env/SM_NoRegistry")
 expect.eq(result.ok, true, "no registry: built " .. tostring(result.error))
 expect.eq(result.registered, false, "no registry: registered")
-expect.last_log("[OK] nanite_assembly_build -> /Game/Env/SM_NoRegistry.SM_NoRegistry (created) parts=1 nodes=1 nanite=true assembly=true "
+expect.eq(log.last(), "[OK] nanite_assembly_build -> /Game/Env/SM_NoRegistry.SM_NoRegistry (created) parts=1 nodes=1 nanite=true assembly=true "
 	.. "registered=false compiled=true saved=false assemblies_supported=true")
 headless.set_asset_registry_available(true)
-
-expect.finish()

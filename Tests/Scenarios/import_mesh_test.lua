@@ -1,7 +1,6 @@
 -- headless.import_mesh: a model file becomes a saved static mesh that an assembly can use as a part; refusals
 -- return nil and the reason and leave nothing behind; replace keeps the old file as a backup, and a replacement
 -- that cannot be saved leaves the old mesh as it was.
-local expect = require("Support.expect")
 
 local data = "../Data/Import/"
 local box = headless.import_mesh(data .. "TwoMaterialBox.obj", "Imported/SM_Box")
@@ -89,7 +88,7 @@ for name in io.popen("ls '" .. headless.project_dir() .. "Saved/Backup/Game/Impo
 	backups[#backups + 1] = name
 end
 expect.eq(#backups, 1, "one backup")
-expect.truthy(backups[1]:match("^SM_Box_%d+%-%d+%-%d+%-%d+%-%d+%-%d+%.uasset%.json$"), "the replaced file is kept: " .. tostring(backups[1]))
+expect.match(backups[1], "^SM_Box_%d+%-%d+%-%d+%-%d+%-%d+%-%d+%.uasset%.json$", "the replaced file is kept")
 
 -- Wrong arguments are script errors.
 local function error_of(...)
@@ -102,5 +101,3 @@ expect.eq(error_of(data .. "Nodes.gltf"), "headless.import_mesh(file, dest, opti
 expect.eq(error_of(data .. "Nodes.gltf", "Imported/SM_X", { overwrite = true }), "headless.import_mesh(file, dest, options?): argument #3 'options' has an unknown key overwrite (the only option is replace)", "an unknown option")
 expect.eq(error_of(data .. "Nodes.gltf", "Imported/SM_X", { replace = "yes" }), "headless.import_mesh(file, dest, options?): argument #3 'options' field 'replace' must be a boolean, got string", "replace not a boolean")
 expect.eq(error_of(data .. "Nodes.gltf", "Imported/SM_X", true), "headless.import_mesh(file, dest, options?): argument #3 'options' must be a table, got boolean", "options not a table")
-
-expect.finish()

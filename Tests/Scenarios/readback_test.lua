@@ -1,6 +1,6 @@
 -- The readback of assembly data read from package files: counts, the node cap, per-part counts over all
 -- nodes, bases of indices, transforms, spaces, render data, and every key with its type.
-local expect = require("Support.expect")
+local log = require("Support.log")
 local packages = require("Support.packages")
 
 local cube = "/Engine/BasicShapes/Cube.Cube"
@@ -18,13 +18,13 @@ expect.eq(info.nodes_truncated, true, "300: truncated")
 expect.eq(info.parts[1].node_count, 300, "300: the part counts every node")
 expect.eq(info.nodes[256].location.x, 2550, "300: the 256th node is node 255 of the data")
 expect.eq(info.material_slot_count, 1, "300: material slots")
-expect.last_log('[OK] nanite_assembly_info("/Game/Readback/SM_300") -> is_assembly=true, parts=1, nodes=300')
+expect.eq(log.last(), '[OK] nanite_assembly_info("/Game/Readback/SM_300") -> is_assembly=true, parts=1, nodes=300')
 
 info = nanite_assembly_info("/Game/Readback/SM_256")
 expect.eq(#info.nodes, 256, "256: listed nodes")
 expect.eq(info.nodes_truncated, false, "256: not truncated")
 nanite_assembly_info("/Game/Readback/SM_1000")
-expect.last_log('[OK] nanite_assembly_info("/Game/Readback/SM_1000") -> is_assembly=true, parts=1, nodes=1000')
+expect.eq(log.last(), '[OK] nanite_assembly_info("/Game/Readback/SM_1000") -> is_assembly=true, parts=1, nodes=1000')
 
 -- Nodes whose part index is out of range count for no part; remaps are reported as stored.
 packages.write_mesh("/Game/Readback/SM_Ranges", {
@@ -65,8 +65,8 @@ packages.write_mesh("/Game/Readback/SM_Transforms", {
 })
 info = nanite_assembly_info("/Game/Readback/SM_Transforms")
 local node = info.nodes[1]
-expect.keys(node, { { "part", "number" }, { "part_index", "number" }, { "location", "table" }, { "rotation", "table" },
-	{ "scale", "table" }, { "transform_space", "string" } }, "node")
+expect.fields(node, { part = "number", part_index = "number", location = "table", rotation = "table",
+	scale = "table", transform_space = "string" }, "node")
 expect.eq(math.type(node.part), "integer", "part is an integer")
 expect.eq(node.part, 1, "identity: part")
 expect.eq(node.part_index, 0, "identity: part_index")
@@ -132,19 +132,19 @@ headless.set_asset_registry_available(true)
 
 -- Every key of the readback, with its type.
 info = nanite_assembly_info("/Game/Readback/SM_300")
-expect.keys(info, {
-	{ "ok", "boolean" }, { "asset", "string" }, { "object_path", "string" }, { "nanite_enabled", "boolean" },
-	{ "nanite_settings_enabled", "boolean" }, { "is_assembly", "boolean" }, { "assembly_data_valid", "boolean" },
-	{ "part_count", "number" }, { "node_count", "number" }, { "material_slot_count", "number" }, { "parts", "table" },
-	{ "nodes", "table" }, { "nodes_truncated", "boolean" }, { "compiling", "boolean" }, { "render_data_available", "boolean" },
-	{ "valid_nanite_data", "boolean" }, { "assemblies_supported", "boolean" },
+expect.fields(info, {
+	ok = "boolean", asset = "string", object_path = "string", nanite_enabled = "boolean",
+	nanite_settings_enabled = "boolean", is_assembly = "boolean", assembly_data_valid = "boolean",
+	part_count = "number", node_count = "number", material_slot_count = "number", parts = "table",
+	nodes = "table", nodes_truncated = "boolean", compiling = "boolean", render_data_available = "boolean",
+	valid_nanite_data = "boolean", assemblies_supported = "boolean",
 }, "info")
 for _, key in ipairs({ "part_count", "node_count", "material_slot_count" }) do
 	expect.eq(math.type(info[key]), "integer", key .. " is an integer")
 end
-expect.keys(info.parts[1], { { "index", "number" }, { "mesh", "string" }, { "node_count", "number" }, { "material_remap", "table" } }, "part")
-expect.keys(info.nodes[1].location, { { "x", "number" }, { "y", "number" }, { "z", "number" } }, "location")
-expect.keys(info.nodes[1].rotation, { { "pitch", "number" }, { "yaw", "number" }, { "roll", "number" } }, "rotation")
+expect.fields(info.parts[1], { index = "number", mesh = "string", node_count = "number", material_remap = "table" }, "part")
+expect.fields(info.nodes[1].location, { x = "number", y = "number", z = "number" }, "location")
+expect.fields(info.nodes[1].rotation, { pitch = "number", yaw = "number", roll = "number" }, "rotation")
 expect.eq(info.asset, "/Game/Readback/SM_300", "asset")
 expect.eq(info.render_data_available, true, "render data")
 expect.eq(info.assemblies_supported, true, "assemblies supported")
@@ -158,5 +158,3 @@ expect.eq(info.is_assembly, true, "ignored: still an assembly")
 expect.eq(info.part_count, 1, "ignored: parts kept")
 expect.eq(info.assemblies_supported, false, "ignored: assemblies_supported")
 expect.eq(info.valid_nanite_data, false, "ignored: no Nanite data")
-
-expect.finish()

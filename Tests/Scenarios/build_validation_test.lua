@@ -1,5 +1,4 @@
 -- Validation refusals in their order, each leaving the project as it was.
-local expect = require("Support.expect")
 local packages = require("Support.packages")
 
 local cube = "/Engine/BasicShapes/Cube"
@@ -76,5 +75,3 @@ expect.eq(#headless.undo_history(), undo_steps, "no undo step")
 local still = nanite_assembly_info("Val/SM_Existing")
 expect.eq(still.node_count, 2, "the existing mesh keeps its nodes")
 expect.eq(headless.object_info("/Engine/BasicShapes/NA_CorvaneDoesNotExist"), nil, "no engine package")
-
-expect.finish()

@@ -1,15 +1,15 @@
 -- The capability probe: its table, its reason texts and its log line, in every plugin and renderer state.
-local expect = require("Support.expect")
+local log = require("Support.log")
 
 local probe_keys = {
-	{ "ok", "boolean" }, { "available", "boolean" }, { "supported", "boolean" }, { "plugin", "string" },
-	{ "plugin_enabled", "boolean" }, { "compiled_in", "boolean" }, { "engine_version", "string" },
-	{ "min_version", "string" }, { "assemblies_supported", "boolean" }, { "reason", "string" },
+	ok = "boolean", available = "boolean", supported = "boolean", plugin = "string",
+	plugin_enabled = "boolean", compiled_in = "boolean", engine_version = "string",
+	min_version = "string", assemblies_supported = "boolean", reason = "string",
 }
 
 -- A fresh project enables the builder and sets r.Nanite.AllowAssemblies=1.
 local s = nanite_assembly_support()
-expect.keys(s, probe_keys, "support")
+expect.fields(s, probe_keys, "support")
 expect.eq(s.ok, true, "ok")
 expect.eq(s.available, true, "available")
 expect.eq(s.supported, true, "supported")
@@ -19,8 +19,8 @@ expect.eq(s.compiled_in, true, "compiled_in")
 expect.eq(s.plugin, "NaniteAssemblyEditorUtils", "plugin")
 expect.eq(s.reason, "ok", "reason")
 expect.eq(s.min_version, "5.7", "min_version")
-expect.truthy(s.engine_version:match("^%d+%.%d+%.%d+$"), "engine_version has three numbers: " .. s.engine_version)
-expect.last_log("[OK] nanite_assembly_support -> available=true, plugin_enabled=true, assemblies_supported=true")
+expect.match(s.engine_version, "^%d+%.%d+%.%d+$", "engine_version has three numbers")
+expect.eq(log.last(), "[OK] nanite_assembly_support -> available=true, plugin_enabled=true, assemblies_supported=true")
 
 -- Extra arguments change nothing.
 local with_extras = nanite_assembly_support(1, "two", {}, nil, true)
@@ -35,7 +35,7 @@ expect.eq(s.supported, true, "supported without assembly support")
 expect.eq(s.assemblies_supported, false, "assemblies_supported off")
 expect.eq(s.reason, "ok (r.Nanite.AllowAssemblies=0: the asset stores the assembly but the built Nanite resource ignores it "
 	.. "until the cvar is set in DefaultEngine.ini [ConsoleVariables])", "reason without assembly support")
-expect.last_log("[OK] nanite_assembly_support -> available=true, plugin_enabled=true, assemblies_supported=false")
+expect.eq(log.last(), "[OK] nanite_assembly_support -> available=true, plugin_enabled=true, assemblies_supported=false")
 
 -- r.Nanite.Foliage also turns assemblies on.
 headless.set_cvar("r.Nanite.Foliage", 1)
@@ -44,7 +44,7 @@ headless.set_cvar("r.Nanite.Foliage", 0)
 
 headless.set_plugin_enabled("NaniteAssemblyEditorUtils", false)
 s = nanite_assembly_support()
-expect.keys(s, probe_keys, "support with the plugin off")
+expect.fields(s, probe_keys, "support with the plugin off")
 expect.eq(s.ok, true, "ok with the plugin off")
 expect.eq(s.available, false, "available with the plugin off")
 expect.eq(s.supported, false, "supported with the plugin off")
@@ -52,6 +52,4 @@ expect.eq(s.plugin_enabled, false, "plugin_enabled off")
 expect.eq(s.compiled_in, true, "compiled_in with the plugin off")
 expect.eq(s.reason, 'plugin_disabled: the NaniteAssemblyEditorUtils plugin is compiled in but not enabled for this project; '
 	.. 'add {"Name": "NaniteAssemblyEditorUtils", "Enabled": true} to the .uproject Plugins list', "plugin_disabled reason")
-expect.last_log("[OK] nanite_assembly_support -> available=false, plugin_enabled=false, assemblies_supported=false")
-
-expect.finish()
+expect.eq(log.last(), "[OK] nanite_assembly_support -> available=false, plugin_enabled=false, assemblies_supported=false")

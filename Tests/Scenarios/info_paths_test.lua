@@ -1,5 +1,5 @@
 -- Asset paths as scripts write them reach the same mesh; refusals quote the path as given.
-local expect = require("Support.expect")
+local log = require("Support.log")
 
 local cube = nanite_assembly_info("/Engine/BasicShapes/Cube")
 expect.eq(cube.ok, true, "cube by package path")
@@ -11,7 +11,7 @@ expect.eq(cube.node_count, 0, "cube node_count")
 expect.eq(next(cube.parts), nil, "cube parts empty")
 expect.eq(next(cube.nodes), nil, "cube nodes empty")
 expect.eq(cube.nodes_truncated, false, "cube nodes_truncated")
-expect.last_log('[OK] nanite_assembly_info("/Engine/BasicShapes/Cube") -> is_assembly=false, parts=0, nodes=0')
+expect.eq(log.last(), '[OK] nanite_assembly_info("/Engine/BasicShapes/Cube") -> is_assembly=false, parts=0, nodes=0')
 expect.eq(nanite_assembly_info("/Engine/BasicShapes/Cube.Cube").object_path, "/Engine/BasicShapes/Cube.Cube", "cube by object path")
 
 -- Two meshes of the project: one in a folder, one at the content root, saved to disk.
@@ -23,7 +23,7 @@ end
 for _, path in ipairs({ "Meshes/SM_Rock", "/Game/Meshes/SM_Rock", "/Game/Meshes/SM_Rock.SM_Rock", "/game/meshes/sm_rock.SM_ROCK" }) do
 	local info = nanite_assembly_info(path)
 	expect.eq(info.object_path, "/Game/Meshes/SM_Rock.SM_Rock", path .. " object path")
-	expect.last_log('[OK] nanite_assembly_info("' .. path .. '") -> is_assembly=true, parts=1, nodes=1')
+	expect.eq(log.last(), '[OK] nanite_assembly_info("' .. path .. '") -> is_assembly=true, parts=1, nodes=1')
 end
 for _, path in ipairs({ "SM_Rock", "/Game/SM_Rock", "/Game/SM_Rock.SM_Rock" }) do
 	expect.eq(nanite_assembly_info(path).object_path, "/Game/SM_Rock.SM_Rock", path .. " object path")
@@ -62,5 +62,3 @@ lookups = lookups_of("/Game/Meshes/SM_Rock.")
 expect.eq(#lookups, 2, "two look-ups of a trailing-dot path")
 expect.eq(lookups[1], lookups[2], "the trailing-dot path is looked up as it stands both times")
 expect.eq(nanite_assembly_info("/Game/Meshes/SM_Rock.").ok, false, "trailing dot is kept")
-
-expect.finish()
