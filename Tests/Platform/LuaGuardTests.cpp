@@ -124,3 +124,28 @@ namespace
 		EXPECT_EQ(Session.GetFiredGuard(), ELuaGuard::None);
 	}
 }
+
+namespace
+{
+	using namespace UE::Headless;
+
+	// Every way Lua has to catch an error gives the timeout straight back.
+	TEST(LuaGuardTest, CatchingTheTimeoutDoesNotKeepTheScriptGoing)
+	{
+		const char* Catchers[] = {
+			"pcall(function() while true do end end)",
+			"xpcall(function() while true do end end, function(message) return message end)",
+			"coroutine.resume(coroutine.create(function() while true do end end))",
+		};
+		for (const char* Catcher : Catchers)
+		{
+			FCorvaneLuaSession Session;
+			Session.SetGuards(FLuaGuardLimits{ .TimeoutSeconds = 0.05 });
+			std::string Error;
+			EXPECT_FALSE(Session.RunString(std::string("went_on = false ") + Catcher + " went_on = true", "=Caught", Error)) << Catcher;
+			EXPECT_EQ(Error.substr(0, Error.find('\n')), "timeout: the script ran longer than --timeout 0.05 s") << Catcher;
+			EXPECT_EQ(Session.GetFiredGuard(), ELuaGuard::Timeout);
+			EXPECT_FALSE(Session.GetLua()["went_on"].get<bool>()) << Catcher;
+		}
+	}
+}
