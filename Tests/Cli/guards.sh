@@ -94,4 +94,9 @@ LUA
 expect_status 0 "$cvai" run "$work/unsandboxed.lua" --project "$sandboxed"
 expect_file "$work/out" "os.tmpname ran"
 
+# A timeout of 0 is no limit, beside a memory limit too.
+expect_status 0 "$cvai" run "$work/unsandboxed.lua" --project "$sandboxed" --timeout 0 --max-memory 64
+expect_file "$work/out" "os.tmpname ran"
+expect_file "$work/err" ""
+
 finish
