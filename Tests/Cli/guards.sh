@@ -22,6 +22,12 @@ expect_status 5 "$cvai" run runaway_caught.lua --project "$project" --timeout 0.
 expect_file "$work/err" "$(timeout_trace "	[C]: in function 'pcall'" "	runaway_caught.lua:2: in main chunk")"
 expect_file "$work/out" ""
 
+# Where no hook runs, the backstop ends the process a little after the limit, with the same message and status.
+expect_status 5 "$cvai" run runaway_finalizer.lua --project "$project" --timeout 0.5
+expect_file "$work/err" "timeout: the script ran longer than --timeout 0.5 s
+cvai: the script could not be stopped between two instructions; the process was ended"
+expect_file "$work/out" ""
+
 # Stopped while the verb reads its request: nothing was built, saved or left unsaved.
 expect_status 5 "$cvai" run timeout_in_verb.lua --project "$project" --timeout 0.5
 expect_file "$work/err" "$(timeout_trace "	[C]: in function 'nanite_assembly_build'" "	timeout_in_verb.lua:3: in main chunk")"

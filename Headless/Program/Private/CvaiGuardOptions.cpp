@@ -22,11 +22,12 @@ namespace UE::Headless::Cvai
 		FLuaGuardLimits Limits;
 		Limits.TimeoutSeconds = std::stod(CommandLine.Get(TimeoutOption.Name, "0"));
 		Limits.MaxMemoryMegabytes = std::stod(CommandLine.Get(MaxMemoryOption.Name, "0"));
-		// A native call that never returns cannot be stopped between instructions. Saves write a temporary file and
-		// rename it into place, so ending the process leaves every package file whole.
+		// A native call that does not return, a finalizer (Lua runs no hook in one) or a script that removed the hook
+		// cannot be stopped between instructions. Saves write a temporary file and rename it into place, so ending the
+		// process leaves every package file whole.
 		Limits.OnStuck = [](const char* Message)
 		{
-			std::fprintf(stderr, "%s\ncvai: the script was inside a native call that did not return; the process was ended\n", Message);
+			std::fprintf(stderr, "%s\ncvai: the script could not be stopped between two instructions; the process was ended\n", Message);
 			std::fflush(stderr);
 			_exit(ExitTimeout);
 		};

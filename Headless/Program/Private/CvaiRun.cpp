@@ -42,12 +42,13 @@ namespace UE::Headless::Cvai
 			"\n"
 			"Guards: with --timeout the script is stopped between two instructions once it has run longer than the limit,\n"
 			"with the Lua error \"timeout: the script ran longer than --timeout S s\", raised again at every later check and\n"
-			"after every pcall, so that catching it does not keep the script going. With --max-memory an allocation that would take the script's Lua state over\n"
-			"the limit gets Lua's own \"not enough memory\" error, and standard error then says \"memory limit: the script\n"
-			"needed more than --max-memory MB MB\". A guard never fires inside a verb's or a headless function's own code: it\n"
-			"waits until the call returns or runs Lua code, so a build is refused or rolled back as a failed build is; a call\n"
-			"still running 2 s after the timeout ends the process with the timeout's message and status. Once a guard\n"
-			"fired, the run ends with its status even if the script caught the error.\n"
+			"after every pcall, so that catching it does not keep the script going; a run that cannot be stopped so (a\n"
+			"native call that does not return, a finalizer) ends the process 2 s later with the same message and status.\n"
+			"With --max-memory an allocation that would take the script's Lua state over the limit gets Lua's own \"not\n"
+			"enough memory\" error, and standard error then says \"memory limit: the script needed more than --max-memory\n"
+			"MB MB\". A guard never fires inside a verb's or a headless function's own code: it waits until the call\n"
+			"returns or runs Lua code, so a build is refused or rolled back as a failed build is. Once a guard fired, the\n"
+			"run ends with its status even if the script caught the error.\n"
 			"\n"
 			"Sandbox: with --sandbox the script gets no os.execute, os.exit, os.remove, os.rename, os.tmpname, io.popen,\n"
 			"package.loadlib, native modules in require, precompiled chunks in load, loadfile, dofile or require, and of\n"
@@ -156,7 +157,7 @@ namespace UE::Headless::Cvai
 			}
 			// The guard is named once: a timeout's error already says it, unless the script caught it.
 			const std::string GuardMessage = Session.GetGuardMessage();
-			if (!GuardMessage.empty() && ScriptError.compare(0, GuardMessage.size(), GuardMessage) != 0)
+			if (!GuardMessage.empty() && ScriptError.find(GuardMessage) == std::string::npos)
 			{
 				std::fprintf(stderr, "%s\n", GuardMessage.c_str());
 			}

@@ -18,8 +18,9 @@ namespace UE::Headless
 		double TimeoutSeconds = 0;
 		// Megabytes the session's Lua state may hold; 0 for no limit.
 		double MaxMemoryMegabytes = 0;
-		// Called on another thread when the run is still inside a native call TimeoutGraceSeconds after its timeout,
-		// so that no Lua hook can stop it: it ends the process. The guard's message is passed in.
+		// Called on another thread when the run has not ended TimeoutGraceSeconds after its timeout: the hook could not
+		// stop it (a native call that does not return, a finalizer, a script that removed the hook). It ends the
+		// process. The timeout's message is passed in.
 		std::function<void(const char* Message)> OnStuck;
 	};
 
