@@ -46,6 +46,7 @@ FAIL $suite/deeper/silent_test.lua (T s)
     the session ended with exit status 0 but no test report
 FAIL $suite/deeper/spin_test.lua (T s)
     timeout: still running after 1 s
+    output:
 FAIL $suite/deeper/status_test.lua (T s)
     ended with exit status 3
 FAIL $suite/deeper/xml_test.lua (T s)
@@ -63,6 +64,8 @@ FAIL $suite/save_test.lua (T s)
 SKIP $suite/skip_test.lua (no renderer here)
 1 passed, 8 failed, 1 skipped"
 expect_line "$work/out" "    | about to crash"
+# The session's own guard stopped the runaway script between two instructions, and said so.
+expect_line "$work/out" "    | timeout: the script ran longer than --timeout 1 s"
 expect_line "$work/out" "    | [OK] nanite_assembly_info(\"/Game/S/SM_A\") -> is_assembly=true, parts=1, nodes=1"
 [ -z "$(ls -A "$TMPDIR")" ] || fail "temporary folders left behind: $(ls "$TMPDIR")"
 # The template is copied, never used itself.
@@ -118,6 +121,23 @@ expect_status 1 "$cvai" test "$work/pair" -j 1 --timeout 1 --no-sandbox
 expect_line "$work/out" "1 passed, 1 failed"
 expect_line "$work/out" "    timeout: still running after 1 s"
 
+# The sessions run in cvai run's sandbox unless --no-sandbox, and under the memory limit given.
+mkdir -p "$work/guarded"
+echo 'os.execute("true")' > "$work/guarded/shell_test.lua"
+echo 'local t = {} for i = 1, 1e7 do t[i] = i end' > "$work/guarded/memory_test.lua"
+expect_status 1 "$cvai" test "$work/guarded" --max-memory 16
+sed -E 's/\([0-9]+\.[0-9]+ s\)/(T s)/' "$work/out" | grep -v '^    |' > "$work/lines"
+expect_file "$work/lines" "FAIL $work/guarded/memory_test.lua (T s)
+    not enough memory
+    output:
+FAIL $work/guarded/shell_test.lua (T s)
+    shell_test.lua:1: os.execute: not allowed in the sandbox (it runs shell commands)
+    output:
+0 passed, 2 failed"
+expect_line "$work/out" "    | memory limit: the script needed more than --max-memory 16 MB"
+expect_status 0 "$cvai" test "$work/guarded/shell_test.lua" --no-sandbox
+expect_line "$work/out" "1 passed, 0 failed"
+
 # Stopped from outside, cvai test ends what it started and removes its copies.
 echo 'while true do end' > "$work/spin_test.lua"
 "$cvai" test "$work/spin_test.lua" --timeout 0 > "$work/out" 2> "$work/err" &
@@ -150,7 +170,7 @@ kill "$holder"
 wait "$holder" 2> /dev/null
 
 refused "-j needs a positive whole number, not '0'" test -j 0
-refused "--max-memory needs a positive whole number, not '0'" test --max-memory 0
+refused "--max-memory needs a number of megabytes above 0, not '0'" test --max-memory 0
 refused "--timeout needs a number of seconds, not '-1'" test --timeout -1
 
 finish

@@ -1,42 +1,23 @@
 #include "Headless/CorvaneHost.h"
 
-#include "Headless/FatalExit.h"
 #include "Headless/StringUtils.h"
+#include "LuaGuardState.h"
+#include "LuaSandbox.h"
 
 #include <sol/sol.hpp>
 
-#include <cstdlib>
-
 namespace UE::Headless
 {
-	namespace
-	{
-		// Every allocation of a session's Lua state. One that fails ends the process as a failed operator new does:
-		// Lua's own memory error would reach the script, whose pcall could catch it half way through a build and go
-		// on. That gives up Lua's emergency collection before it reports the error, which a script that close to
-		// the limit would not outlive for long anyway.
-		void* AllocateLuaMemory(void* UserData, void* Block, size_t OldSize, size_t NewSize)
-		{
-			if (NewSize == 0)
-			{
-				std::free(Block);
-				return nullptr;
-			}
-			void* Resized = std::realloc(Block, NewSize);
-			if (!Resized)
-			{
-				ExitOutOfMemory();
-			}
-			return Resized;
-		}
-	}
-
 	struct FCorvaneLuaSession::FImpl
 	{
 		// The session data outlives the Lua state: it is declared first, so it is destroyed last.
 		FLuaSessionData SessionData;
-		sol::state Lua{ sol::default_at_panic, &AllocateLuaMemory };
+		// Serves every allocation of the state, so it is declared before it.
+		FLuaGuardState Guards;
+		sol::state Lua{ sol::default_at_panic, &FLuaGuardState::Allocate, &Guards };
 		TArray<FString> BinderErrors;
+		// The globals of the standard libraries: every other global function came from a binder or the harness.
+		std::set<std::string> StandardGlobals;
 	};
 
 	namespace
@@ -67,7 +48,7 @@ namespace UE::Headless
 			return 1;
 		}
 
-		bool RunProtected(lua_State* L, int LoadStatus, std::string& OutError)
+		bool RunProtected(lua_State* L, int LoadStatus, FLuaGuardState& Guards, const std::set<std::string>& StandardGlobals, std::string& OutError)
 		{
 			if (LoadStatus != LUA_OK)
 			{
@@ -78,7 +59,9 @@ namespace UE::Headless
 			lua_pushcfunction(L, &AddTraceback);
 			lua_insert(L, -2);
 			const int Base = lua_gettop(L) - 1;
+			Guards.Arm(L, StandardGlobals);
 			const int Status = lua_pcall(L, 0, 0, Base);
+			Guards.Disarm(L);
 			if (Status != LUA_OK)
 			{
 				OutError = lua_tostring(L, -1) ? lua_tostring(L, -1) : "(error object is not a string)";
@@ -95,6 +78,14 @@ namespace UE::Headless
 	{
 		Impl->Lua.open_libraries();
 		lua_State* L = Impl->Lua.lua_state();
+		lua_pushglobaltable(L);
+		lua_pushnil(L);
+		while (lua_next(L, -2) != 0)
+		{
+			lua_pop(L, 1);
+			Impl->StandardGlobals.insert(lua_tostring(L, -1));
+		}
+		lua_pop(L, 1);
 		// Each binder of each registered binding, in the order the bindings were registered.
 		const TArray<FRegisteredBinding> Bindings = FCorvaneRegistrarAccess::GetBindings();
 		for (int32 Index = 0; Index < Bindings.Num(); ++Index)
@@ -131,12 +122,32 @@ namespace UE::Headless
 	bool FCorvaneLuaSession::RunFile(const std::string& Path, std::string& OutError)
 	{
 		lua_State* L = Impl->Lua.lua_state();
-		return RunProtected(L, luaL_loadfile(L, Path.c_str()), OutError);
+		return RunProtected(L, luaL_loadfile(L, Path.c_str()), Impl->Guards, Impl->StandardGlobals, OutError);
 	}
 
 	bool FCorvaneLuaSession::RunString(const std::string& Code, const std::string& ChunkName, std::string& OutError)
 	{
 		lua_State* L = Impl->Lua.lua_state();
-		return RunProtected(L, luaL_loadbuffer(L, Code.data(), Code.size(), ChunkName.c_str()), OutError);
+		return RunProtected(L, luaL_loadbuffer(L, Code.data(), Code.size(), ChunkName.c_str()), Impl->Guards, Impl->StandardGlobals, OutError);
+	}
+
+	void FCorvaneLuaSession::SetGuards(const FLuaGuardLimits& Limits)
+	{
+		Impl->Guards.SetLimits(Limits);
+	}
+
+	ELuaGuard FCorvaneLuaSession::GetFiredGuard() const
+	{
+		return Impl->Guards.GetFired();
+	}
+
+	std::string FCorvaneLuaSession::GetGuardMessage() const
+	{
+		return Impl->Guards.GetMessage();
+	}
+
+	void FCorvaneLuaSession::ApplySandbox(const FLuaSandboxFolders& Folders)
+	{
+		ApplyLuaSandbox(Impl->Lua.lua_state(), Folders);
 	}
 }

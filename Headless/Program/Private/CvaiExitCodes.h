@@ -12,6 +12,10 @@ namespace UE::Headless::Cvai
 		ExitProjectBusy = 3,
 		// Memory ran out; the process ended at once, leaving every file as it was.
 		ExitOutOfMemory = 4,
+		// The script ran longer than --timeout.
+		ExitTimeout = 5,
+		// The script needed more memory than --max-memory.
+		ExitMemoryLimit = 6,
 	};
 
 	struct FExitStatus
@@ -26,5 +30,7 @@ namespace UE::Headless::Cvai
 		{ ExitUsage, "usage error: a wrong command line, a folder without a project, a --log file that cannot be written" },
 		{ ExitProjectBusy, "another cvai process kept the project for longer than --lock-timeout" },
 		{ ExitOutOfMemory, "out of memory: the process ended at once, leaving every file as it was" },
+		{ ExitTimeout, "timeout: the script ran longer than --timeout and was stopped" },
+		{ ExitMemoryLimit, "memory limit: the script needed more memory than --max-memory" },
 	};
 }

@@ -1,5 +1,6 @@
 #include "CvaiCommands.h"
 #include "CvaiEditorSession.h"
+#include "CvaiGuardOptions.h"
 #include "CvaiTestSession.h"
 
 #include "Headless/FatalExit.h"
@@ -38,12 +39,30 @@ namespace UE::Headless::Cvai
 			"Output: every line of the session's log goes to standard output exactly as logged, and to FILE with --log;\n"
 			"print() also writes to standard output. The engine log is written to DIR/Saved/Logs/cvai.log; its errors\n"
 			"(with --verbose, all of it) also go to standard error. When the script has ended, each package it left with\n"
-			"unsaved changes is named on standard error, \"not saved: /Game/...\", after --save-on-exit tried to save it.\n";
+			"unsaved changes is named on standard error, \"not saved: /Game/...\", after --save-on-exit tried to save it.\n"
+			"\n"
+			"Guards: with --timeout the script is stopped between two instructions once it has run longer than the limit,\n"
+			"with the Lua error \"timeout: the script ran longer than --timeout S s\", raised again at every later check and\n"
+			"after every pcall, so that catching it does not keep the script going; a run that cannot be stopped so (a\n"
+			"native call that does not return, a finalizer) ends the process 2 s later with the same message and status.\n"
+			"With --max-memory an allocation that would take the script's Lua state over the limit gets Lua's own \"not\n"
+			"enough memory\" error, and standard error then says \"memory limit: the script needed more than --max-memory\n"
+			"MB MB\". A guard never fires inside a verb's or a headless function's own code: it waits until the call\n"
+			"returns or runs Lua code, so a build is refused or rolled back as a failed build is. Once a guard fired, the\n"
+			"run ends with its status even if the script caught the error.\n"
+			"\n"
+			"Sandbox: with --sandbox the script gets no os.execute, os.exit, os.remove, os.rename, os.tmpname, io.popen,\n"
+			"package.loadlib, native modules in require, precompiled chunks in load, loadfile, dofile or require, and of\n"
+			"the debug library only debug.traceback; io.open, io.lines, io.input, io.output, loadfile, dofile and require\n"
+			"open files only inside the project folder and the script's folder, and write only inside the project\n"
+			"folder, links and \"..\" resolved first. A refused call raises a Lua error naming the function and why. The\n"
+			"verbs and the headless table work unchanged.\n";
 
 		constexpr const char* ExitStatus = "Exit status: 0 when the script ran to its end, 1 when it raised a Lua error (the error and a traceback go to\n"
 			"standard error) or --save-on-exit could not save, 2 for a usage error (including a folder without a .uproject\n"
 			"and a --log file that cannot be written), 3 when another cvai process kept the project past --lock-timeout,\n"
-			"4 when memory ran out.\n";
+			"4 when memory ran out, 5 when the script ran longer than --timeout, 6 when it needed more memory than\n"
+			"--max-memory.\n";
 
 		constexpr FOption LogOption{ "--log", "FILE", "also write the session's log lines to FILE" };
 		constexpr FOption SaveOnExitOption{ "--save-on-exit", nullptr, "when the script has ended, save every package it left with unsaved changes" };
@@ -120,6 +139,7 @@ namespace UE::Headless::Cvai
 			{
 				return ExitFailure;
 			}
+			ApplyGuardOptions(CommandLine, Session, Script);
 			FLuaSessionAccess::SetLogListener(Session.GetSessionData(), [LogFile](const FString& Line)
 			{
 				const std::string Text = ToUtf8(Line);
@@ -141,14 +161,24 @@ namespace UE::Headless::Cvai
 			{
 				std::fprintf(stderr, "%s\n", ScriptError.c_str());
 			}
+			// The guard is named once: a timeout's error already says it, unless the script caught it.
+			const std::string GuardMessage = Session.GetGuardMessage();
+			if (!GuardMessage.empty() && ScriptError.find(GuardMessage) == std::string::npos)
+			{
+				std::fprintf(stderr, "%s\n", GuardMessage.c_str());
+			}
 			const bool bSaved = !CommandLine.Has(SaveOnExitOption.Name) || SaveOnExit();
 			ReportUnsavedPackages();
+			if (const int GuardExit = GuardExitStatus(Session.GetFiredGuard()); GuardExit != ExitOk)
+			{
+				return Test.Finish(GuardExit, ScriptError);
+			}
 			return Test.Finish(bScriptRan && bSaved ? ExitOk : ExitFailure, ScriptError);
 		}
 	}
 
 	const FCommand RunCommand{ .Run = &RunRun,
 		.Syntax = { .Name = "run", .Summary = "run a script in a headless editor session", .Description = Help, .ExitStatus = ExitStatus,
-			.Options = { ProjectOption, LogOption, VerboseOption, SaveOnExitOption, TestReportOption },
+			.Options = { ProjectOption, LogOption, VerboseOption, SaveOnExitOption, TimeoutOption, MaxMemoryOption, SandboxOption, TestReportOption },
 			.Positionals = { .Names = { "SCRIPT.lua" }, .MinCount = 1, .MissingMessage = "run needs a script", .ExtraMessage = "run takes one script" } } };
 }

@@ -1,5 +1,6 @@
 #include "CvaiCommands.h"
 #include "CvaiEditorSession.h"
+#include "CvaiGuardOptions.h"
 #include "CvaiTestReports.h"
 #include "CvaiTestRun.h"
 #include "CvaiTestScripts.h"
@@ -62,11 +63,11 @@ namespace UE::Headless::Cvai
 		constexpr FOption JobsOption{ "-j", "N", "run N scripts at a time (default: the number of processors)", &IsPositiveInteger, "a positive whole number" };
 		constexpr FOption JUnitOption{ "--junit", "FILE", "also write the results to FILE as JUnit XML" };
 		constexpr FOption TapOption{ "--tap", nullptr, "print TAP version 13 instead of the result lines" };
-		constexpr FOption TimeoutOption{ "--timeout", "S", "end a session still running after S seconds (default 60; 0: no limit)", &IsSeconds,
+		// cvai run's --timeout, with the runner's default.
+		constexpr FOption SessionTimeoutOption{ TimeoutOption.Name, "S", "stop a script after S seconds of wall-clock time (default 60; 0: no limit)", &IsSeconds,
 			"a number of seconds" };
 		constexpr FOption FilterOption{ "--filter", "PATTERN", "run only the scripts whose path holds PATTERN, or matches it as a glob" };
-		constexpr FOption MaxMemoryOption{ "--max-memory", "MB", "the memory a session's Lua may use", &IsPositiveInteger, "a positive whole number" };
-		constexpr FOption NoSandboxOption{ "--no-sandbox", nullptr, "give scripts the whole os, io, package and debug libraries" };
+		constexpr FOption NoSandboxOption{ "--no-sandbox", nullptr, "run the scripts without the sandbox of cvai run --sandbox" };
 
 		std::atomic<bool> bInterrupted = false;
 
@@ -156,7 +157,7 @@ namespace UE::Headless::Cvai
 			}
 
 			FTestSettings Settings;
-			Settings.TimeoutSeconds = std::stod(CommandLine.Get(TimeoutOption.Name, "60"));
+			Settings.TimeoutSeconds = std::stod(CommandLine.Get(SessionTimeoutOption.Name, "60"));
 			Settings.MaxMemoryMegabytes = CommandLine.Get(MaxMemoryOption.Name, "");
 			Settings.bSandbox = !CommandLine.Has(NoSandboxOption.Name);
 			Settings.Program = fs::read_symlink("/proc/self/exe").string();
@@ -227,6 +228,6 @@ namespace UE::Headless::Cvai
 
 	const FCommand TestCommand{ .Run = &RunTest,
 		.Syntax = { .Name = "test", .Summary = "run *_test.lua scripts, each on a fresh copy of a project", .Description = Help, .ExitStatus = ExitStatus,
-			.Options = { TemplateOption, JobsOption, TimeoutOption, FilterOption, TapOption, JUnitOption, MaxMemoryOption, NoSandboxOption },
+			.Options = { TemplateOption, JobsOption, SessionTimeoutOption, FilterOption, TapOption, JUnitOption, MaxMemoryOption, NoSandboxOption },
 			.Positionals = { .Names = { "PATH" }, .MinCount = 0, .bLastRepeats = true, .ExtraMessage = "" } } };
 }

@@ -1,6 +1,7 @@
 #include "CvaiTestRun.h"
 
 #include "CvaiExitCodes.h"
+#include "CvaiGuardOptions.h"
 #include "CvaiTestSession.h"
 
 #include <cerrno>
@@ -22,16 +23,9 @@ namespace UE::Headless::Cvai
 	{
 		namespace fs = std::filesystem;
 
-		// How long past the timeout the runner waits for a session's own guard before it ends the session itself.
-		constexpr double GraceSeconds = 2;
-
-		// The statuses of cvai run's guards.
-		constexpr int ExitTimedOut = 5;
-		constexpr int ExitMemoryLimit = 6;
-
-		// cvai run takes --timeout, --max-memory and --sandbox once its guards are in: until then the runner's own
-		// timeout is the only guard.
-		constexpr bool bSessionGuards = false;
+		// How long past the timeout the runner waits for the session's own guard (which ends a session that cannot be
+		// stopped between two instructions 2 s after the limit) before it ends the session itself.
+		constexpr double GraceSeconds = 5;
 
 		std::string FormatSeconds(double Seconds)
 		{
@@ -72,20 +66,17 @@ namespace UE::Headless::Cvai
 		FArguments MakeSessionArguments(const FTestSettings& Settings, const std::string& Script, const std::string& Project, const std::string& Report)
 		{
 			FArguments Arguments{ "run", Script, "--project", Project, TestReportOption.Name, Report };
-			if (bSessionGuards)
+			if (Settings.TimeoutSeconds > 0)
 			{
-				if (Settings.TimeoutSeconds > 0)
-				{
-					Arguments.insert(Arguments.end(), { "--timeout", FormatSeconds(Settings.TimeoutSeconds) });
-				}
-				if (!Settings.MaxMemoryMegabytes.empty())
-				{
-					Arguments.insert(Arguments.end(), { "--max-memory", Settings.MaxMemoryMegabytes });
-				}
-				if (Settings.bSandbox)
-				{
-					Arguments.push_back("--sandbox");
-				}
+				Arguments.insert(Arguments.end(), { TimeoutOption.Name, FormatSeconds(Settings.TimeoutSeconds) });
+			}
+			if (!Settings.MaxMemoryMegabytes.empty())
+			{
+				Arguments.insert(Arguments.end(), { MaxMemoryOption.Name, Settings.MaxMemoryMegabytes });
+			}
+			if (Settings.bSandbox)
+			{
+				Arguments.push_back(SandboxOption.Name);
 			}
 			return Arguments;
 		}
@@ -112,7 +103,7 @@ namespace UE::Headless::Cvai
 				return "";
 			case ExitFailure:
 				return ReportedError.empty() ? "failed" : ReportedError;
-			case ExitTimedOut:
+			case ExitTimeout:
 				return DescribeTimeout(TimeoutSeconds);
 			case ExitMemoryLimit:
 				return ReportedError.empty() ? "over the memory limit" : ReportedError;
@@ -198,7 +189,7 @@ namespace UE::Headless::Cvai
 		if (Ended == 0)
 		{
 			const double Elapsed = std::chrono::duration<double>(std::chrono::steady_clock::now() - SessionStarted).count();
-			if (Settings.TimeoutSeconds <= 0 || Elapsed < Settings.TimeoutSeconds + (bSessionGuards ? GraceSeconds : 0))
+			if (Settings.TimeoutSeconds <= 0 || Elapsed < Settings.TimeoutSeconds + GraceSeconds)
 			{
 				return false;
 			}

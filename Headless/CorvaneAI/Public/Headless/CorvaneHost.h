@@ -2,6 +2,8 @@
 #pragma once
 
 #include "CorvaneExtensionRegistrar.h"
+#include "Headless/LuaGuards.h"
+#include "Headless/LuaSandbox.h"
 #include "LuaSessionData.h"
 
 #include <functional>
@@ -58,6 +60,15 @@ namespace UE::Headless
 		// Runs a chunk to its end (true) or to its first error (false, with the message and a traceback).
 		bool RunFile(const std::string& Path, std::string& OutError);
 		bool RunString(const std::string& Code, const std::string& ChunkName, std::string& OutError);
+
+		// The limits of every later run. A run stopped by one, or one where the script caught its error, reports
+		// it through GetFiredGuard and GetGuardMessage until the next run.
+		void SetGuards(const FLuaGuardLimits& Limits);
+		ELuaGuard GetFiredGuard() const;
+		std::string GetGuardMessage() const;
+
+		// Takes from the session, for good, what can harm the machine; the binders' and the harness's functions stay.
+		void ApplySandbox(const FLuaSandboxFolders& Folders);
 
 	private:
 		struct FImpl;

@@ -1,5 +1,5 @@
 -- FenceAssembly.lua builds and saves a fence of six posts and ten rails.
-dofile("../FenceAssembly.lua")
+dofile("FenceAssembly.lua")
 
 local info = expect.ok(nanite_assembly_info("/Game/Examples/SM_Fence"))
 expect.eq(info.is_assembly, true, "an assembly")

@@ -1,0 +1,2 @@
+-- Never ends on its own.
+while true do end
