@@ -19,6 +19,8 @@ namespace
 	const std::string TableType = "sol::basic_table_core<false, sol::basic_reference<false> >";
 #endif
 	const std::string NotATable = "value is not a table or a userdata that can behave like one ";
+	const std::string NotAnInteger = "not a numeric type that fits exactly an integer (number maybe has significant decimals)";
+	const std::string NotConstructed = "value is not a table or a userdata that can behave like one (type check failed in constructor)";
 
 	// Calls a global from C++ as a host would; returns the error text ("" on success), results stay pushed.
 	std::string Call(lua_State* L, const char* Name, const std::function<int(lua_State*)>& Push, int Results = 0)
@@ -60,6 +62,28 @@ namespace
 		return Live;
 	}
 
+	// Runs an action that may panic; returns the sol::error text thrown by the default panic handler, or "".
+	std::string PanicText(const std::function<void()>& Action)
+	{
+		try
+		{
+			Action();
+		}
+		catch (const sol::error& Error)
+		{
+			return Error.what();
+		}
+		return "";
+	}
+
+	std::string GPanicMessage;
+
+	int RecordPanic(lua_State* L)
+	{
+		GPanicMessage = lua_tostring(L, -1);
+		throw std::runtime_error("recorded");
+	}
+
 	int PushUserdata(lua_State* L, const char* MetatableName, bool bWithName)
 	{
 		lua_newuserdatauv(L, 8, 0);
@@ -99,6 +123,29 @@ TEST(SolBinding, StringParametersAcceptOnlyStrings)
 	EXPECT_EQ(Call(L, "f1", [](lua_State* S) { return PushUserdata(S, "Headless.Widget", true); }), "stack index 1, expected string, received Headless.Widget: " + Addendum);
 	EXPECT_EQ(Call(L, "f1", [](lua_State* S) { return PushUserdata(S, "Headless.Nameless", false); }), "stack index 1, expected string, received : " + Addendum);
 	EXPECT_EQ(Call(L, "f1", [](lua_State* S) { return PushUserdata(S, nullptr, false); }), "stack index 1, expected string, received userdata: " + Addendum);
+	// __name is read raw, and a number there names the userdata by its text.
+	EXPECT_EQ(Call(L, "f1", [](lua_State* S)
+	{
+		PushUserdata(S, "Headless.Numbered", true);
+		lua_getmetatable(S, -1);
+		lua_pushinteger(S, 5);
+		lua_setfield(S, -2, "__name");
+		lua_pop(S, 1);
+		return 1;
+	}), "stack index 1, expected string, received 5: " + Addendum);
+	EXPECT_EQ(Call(L, "f1", [](lua_State* S)
+	{
+		PushUserdata(S, "Headless.Borrowing", false);
+		lua_getmetatable(S, -1);
+		lua_newtable(S);
+		lua_newtable(S);
+		lua_pushstring(S, "Borrowed");
+		lua_setfield(S, -2, "__name");
+		lua_setfield(S, -2, "__index");
+		lua_setmetatable(S, -2);
+		lua_pop(S, 1);
+		return 1;
+	}), "stack index 1, expected string, received : " + Addendum);
 	EXPECT_EQ(lua_gettop(L), 0);
 }
 
@@ -224,9 +271,88 @@ TEST(SolBinding, ResultsReplaceTheArguments)
 	Lua["plain"] = 7;
 	EXPECT_EQ(Eval(L, "return table.concat(Assigned, ',') .. ' ' .. via_proxy() + via_set() + plain"), "via_proxy,via_set,plain 10");
 	EXPECT_EQ(Lua.get<int>("plain"), 7);
-	Eval(L, "Half = setmetatable({}, { __len = function() return 2.5 end }) Low = setmetatable({}, { __len = function() return 2.4 end })");
-	EXPECT_EQ(Lua.get<sol::table>("Half").size(), 3u);
-	EXPECT_EQ(Lua.get<sol::table>("Low").size(), 2u);
+}
+
+TEST(SolBinding, LengthsHonourLenAndMustBeIntegers)
+{
+	sol::state Lua;
+	lua_State* L = Lua.lua_state();
+	Lua.open_libraries();
+	Eval(L, "function Sized(n) return setmetatable({}, { __len = function() return n end }) end "
+		"Two, Half, Low, Whole, Text = Sized(2), Sized(2.5), Sized(2.4), Sized(3.0), Sized('3')");
+	EXPECT_EQ(Lua.get<sol::table>("Two").size(), 2u);
+	EXPECT_EQ(Eval(L, "return #{ 1, 2, 3 }"), "3");
+	const std::string Refused = "lua: error: stack index -1, expected number, received number: " + NotAnInteger + " ";
+	EXPECT_EQ(PanicText([&] { Lua.get<sol::table>("Half").size(); }), Refused);
+	EXPECT_EQ(lua_gettop(L), 0) << "the default panic handler clears the stack";
+	EXPECT_EQ(PanicText([&] { Lua.get<sol::table>("Low").size(); }), Refused);
+	EXPECT_EQ(PanicText([&] { Lua.get<sol::table>("Whole").size(); }), Refused);
+	EXPECT_EQ(PanicText([&] { Lua.get<sol::table>("Text").size(); }), "lua: error: stack index -1, expected number, received string: " + NotAnInteger + " ");
+	EXPECT_EQ(Lua.create_table().size(), 0u) << "the state is usable after a panic";
+}
+
+TEST(SolBinding, ValuesReadFromLuaAreChecked)
+{
+	sol::state Lua;
+	lua_State* L = Lua.lua_state();
+	Lua.open_libraries();
+	Eval(L, "Count, Ratio, Name, Flag, Decimal, Digits = 4, 0.5, 'rock', true, 1.5, '7'");
+	EXPECT_EQ(Lua.get<int>("Count"), 4);
+	EXPECT_EQ(Lua.get<double>("Ratio"), 0.5);
+	EXPECT_EQ(Lua.get<double>("Count"), 4.0);
+	EXPECT_EQ(Lua.get<std::string>("Name"), "rock");
+	EXPECT_TRUE(Lua.get<bool>("Flag"));
+	EXPECT_EQ(lua_gettop(L), 0);
+
+	// Outside any Lua call a misfit reaches the panic handler, which throws the text as sol::error.
+	EXPECT_EQ(PanicText([&] { Lua.globals().get<int>("missing"); }), "lua: error: stack index -1, expected number, received nil: " + NotAnInteger + " ");
+	EXPECT_EQ(PanicText([&] { Lua.get<int>("Decimal"); }), "lua: error: stack index -1, expected number, received number: " + NotAnInteger + " ");
+	EXPECT_EQ(PanicText([&] { Lua.get<int>("Digits"); }), "lua: error: stack index -1, expected number, received string: " + NotAnInteger + " ");
+	EXPECT_EQ(PanicText([&] { Lua.get<double>("Name"); }), "lua: error: stack index -1, expected number, received string: not a numeric type ");
+	EXPECT_EQ(PanicText([&] { Lua.get<std::string>("Count"); }), "lua: error: stack index -1, expected string, received number");
+	EXPECT_EQ(PanicText([&] { Lua.get<bool>("missing"); }), "lua: error: stack index -1, expected boolean, received nil");
+	EXPECT_EQ(PanicText([&] { Lua.get<sol::table>("Name"); }), "lua: error: stack index -1, expected table, received string: " + NotConstructed);
+	EXPECT_EQ(PanicText([&] { sol::table Table = Lua.get<sol::object>("Count"); }), "lua: error: stack index -1, expected table, received number: " + NotConstructed);
+	EXPECT_FALSE(Lua.get<sol::object>("missing").valid()) << "a reference takes anything";
+
+	// Inside a call from Lua the same misfit is a Lua error, led by the position of a Lua caller.
+	Lua.set_function("read_missing", [&Lua]() { return Lua.get<int>("missing"); });
+	EXPECT_EQ(Eval(L, "return select(2, pcall(read_missing))"), "stack index -1, expected number, received nil: " + NotAnInteger + " ");
+	EXPECT_EQ(Eval(L, "return select(2, pcall(function() return read_missing() end))"), "test:1: stack index -1, expected number, received nil: " + NotAnInteger + " ");
+
+	// A panic handler given to the state receives the same text.
+	sol::state Recorded(&RecordPanic);
+	EXPECT_THROW(Recorded.get<std::string>("missing"), std::runtime_error);
+	EXPECT_EQ(GPanicMessage, "stack index -1, expected string, received nil");
+	static_assert(std::is_convertible_v<std::string, sol::error>, "sol::error converts from its text");
+}
+
+TEST(SolBinding, ObjectsAreCheckedWhereTheyLive)
+{
+	sol::state Lua;
+	lua_State* L = Lua.lua_state();
+	// A reference to nil is only nil; a reference to nothing is not even that.
+	const sol::object Nil = sol::make_object(L, sol::lua_nil);
+	EXPECT_TRUE(Nil.is<sol::lua_nil_t>());
+	EXPECT_FALSE(Nil.is<sol::object>());
+	EXPECT_FALSE(sol::object().is<sol::lua_nil_t>());
+	const sol::object Text = sol::make_object(L, "7");
+	EXPECT_TRUE(Text.is<sol::object>());
+	EXPECT_EQ(PanicText([&] { Text.as<int>(); }), "lua: error: stack index -1, expected number, received string: " + NotAnInteger + " ");
+
+	// A stack object is checked at its own slot.
+	lua_pushinteger(L, 1);
+	lua_pushstring(L, "x");
+	const sol::stack_object Slot(L, -1);
+	EXPECT_TRUE(Slot.is<std::string>());
+	EXPECT_FALSE(Slot.is<int>());
+	EXPECT_EQ(Slot.as<std::string>(), "x");
+	EXPECT_EQ(lua_gettop(L), 2);
+	EXPECT_EQ(PanicText([&] { Slot.as<int>(); }), "lua: error: stack index 2, expected number, received string: " + NotAnInteger + " ");
+
+	// A table handle is made only from a table or a userdata.
+	lua_pushboolean(L, 1);
+	EXPECT_EQ(PanicText([&] { sol::table Table(L, -1); }), "lua: error: stack index -1, expected table, received boolean: " + NotConstructed);
 }
 
 TEST(SolBinding, RegistryReferencesAreReleased)
@@ -254,7 +380,7 @@ TEST(SolBinding, RegistryReferencesAreReleased)
 		const sol::state_view View(L);
 		EXPECT_EQ(CountLiveReferences(L), Baseline + 4);
 		EXPECT_TRUE(sol::make_object(L, Table).is<sol::table>());
-		EXPECT_EQ(Lua.globals().get<int>("missing_number"), 0);
+		EXPECT_NE(PanicText([&] { Lua.globals().get<int>("missing_number"); }), "");
 	}
 	EXPECT_EQ(CountLiveReferences(L), Baseline);
 
