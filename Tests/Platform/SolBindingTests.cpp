@@ -312,7 +312,10 @@ TEST(SolBinding, ValuesReadFromLuaAreChecked)
 	EXPECT_EQ(PanicText([&] { Lua.get<std::string>("Count"); }), "lua: error: stack index -1, expected string, received number");
 	EXPECT_EQ(PanicText([&] { Lua.get<bool>("missing"); }), "lua: error: stack index -1, expected boolean, received nil");
 	EXPECT_EQ(PanicText([&] { Lua.get<sol::table>("Name"); }), "lua: error: stack index -1, expected table, received string: " + NotConstructed);
-	EXPECT_EQ(PanicText([&] { sol::table Table = Lua.get<sol::object>("Count"); }), "lua: error: stack index -1, expected table, received number: " + NotConstructed);
+	// A table taken from another reference is checked while it is pushed, at its absolute index.
+	lua_pushboolean(L, 1);
+	EXPECT_EQ(PanicText([&] { sol::table Table = Lua.get<sol::object>("Count"); }), "lua: error: stack index 2, expected table, received number: " + NotConstructed);
+	EXPECT_EQ(lua_gettop(L), 0);
 	EXPECT_FALSE(Lua.get<sol::object>("missing").valid()) << "a reference takes anything";
 
 	// Inside a call from Lua the same misfit is a Lua error, led by the position of a Lua caller.
@@ -325,6 +328,14 @@ TEST(SolBinding, ValuesReadFromLuaAreChecked)
 	EXPECT_THROW(Recorded.get<std::string>("missing"), std::runtime_error);
 	EXPECT_EQ(GPanicMessage, "stack index -1, expected string, received nil");
 	static_assert(std::is_convertible_v<std::string, sol::error>, "sol::error converts from its text");
+}
+
+TEST(SolBinding, LibrariesOpenUnderTheirOwnNames)
+{
+	sol::state Lua;
+	Lua.open_libraries(sol::lib::base, sol::lib::string);
+	EXPECT_EQ(Eval(Lua.lua_state(), "return tostring(base == _G) .. type(string.format) .. type(table)"), "truefunctionnil");
+	static_assert(std::is_convertible_v<lua_State*, sol::state_view>, "a state view converts from the state it views");
 }
 
 TEST(SolBinding, ObjectsAreCheckedWhereTheyLive)

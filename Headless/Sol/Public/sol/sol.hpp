@@ -802,10 +802,7 @@ namespace sol
 
 		basic_table_core(lua_State* L, int index = -1) : base_type(L, index) { detail::check_table_construction<basic_table_core>(L, index); }
 		basic_table_core(lua_State* L, detail::global_tag tag) : base_type(L, tag) {}
-		basic_table_core(lua_State* L, const stack_reference& r) : base_type(L, r)
-		{
-			detail::check_table_construction<basic_table_core>(r.lua_state(), r.stack_index());
-		}
+		basic_table_core(lua_State* L, const stack_reference& r) : base_type(L, r) { check_held_value(); }
 		basic_table_core(lua_State* L, const new_table& nt) : base_type(make(L, nt)) {}
 
 		template <typename T, std::enable_if_t<std::is_base_of_v<base_type, T> && !std::is_same_v<T, basic_table_core>, int> = 0>
@@ -813,9 +810,7 @@ namespace sol
 		{
 			if constexpr (!detail::is_table<T>::value)
 			{
-				this->push();
-				detail::check_table_construction<basic_table_core>(this->lua_state(), -1);
-				this->pop();
+				check_held_value();
 			}
 		}
 
@@ -929,6 +924,23 @@ namespace sol
 		}
 
 	private:
+		// Checks the value this handle took from another reference where it lives: its own slot, or the top of
+		// the stack while it is pushed there.
+		void check_held_value()
+		{
+			lua_State* L = this->lua_state();
+			if constexpr (detail::is_stack_based_v<base_type>)
+			{
+				detail::check_table_construction<basic_table_core>(L, this->stack_index());
+			}
+			else
+			{
+				this->push();
+				detail::check_table_construction<basic_table_core>(L, lua_gettop(L));
+				this->pop();
+			}
+		}
+
 		static base_type make(lua_State* L, const new_table& nt)
 		{
 			lua_createtable(L, nt.sequence_hint, nt.map_hint);
@@ -985,7 +997,7 @@ namespace sol
 	class state_view
 	{
 	public:
-		explicit state_view(lua_State* Ls) : L(Ls), reg(Ls, LUA_REGISTRYINDEX), global(Ls, detail::global_tag{}) {}
+		state_view(lua_State* Ls) : L(Ls), reg(Ls, LUA_REGISTRYINDEX), global(Ls, detail::global_tag{}) {}
 		state_view(this_state Ls) : state_view(Ls.L) {}
 
 		lua_State* lua_state() const noexcept { return L; }
@@ -1046,7 +1058,7 @@ namespace sol
 			entry chosen{ nullptr, nullptr };
 			switch (library)
 			{
-			case lib::base: chosen = { "_G", luaopen_base }; break;
+			case lib::base: chosen = { "base", luaopen_base }; break;
 			case lib::package: chosen = { LUA_LOADLIBNAME, luaopen_package }; break;
 			case lib::coroutine: chosen = { LUA_COLIBNAME, luaopen_coroutine }; break;
 			case lib::string: chosen = { LUA_STRLIBNAME, luaopen_string }; break;
