@@ -314,6 +314,8 @@ TEST(SolBinding, ValuesReadFromLuaAreChecked)
 	EXPECT_EQ(PanicText([&] { Lua.get<sol::table>("Name"); }), "lua: error: stack index -1, expected table, received string: " + NotConstructed);
 	// A table taken from another reference is checked while it is pushed, at its absolute index.
 	lua_pushboolean(L, 1);
+	const sol::table FromObject = sol::make_object(L, Lua.create_table());
+	EXPECT_EQ(lua_gettop(L), 1);
 	EXPECT_EQ(PanicText([&] { sol::table Table = Lua.get<sol::object>("Count"); }), "lua: error: stack index 2, expected table, received number: " + NotConstructed);
 	EXPECT_EQ(lua_gettop(L), 0);
 	EXPECT_FALSE(Lua.get<sol::object>("missing").valid()) << "a reference takes anything";
@@ -322,6 +324,9 @@ TEST(SolBinding, ValuesReadFromLuaAreChecked)
 	Lua.set_function("read_missing", [&Lua]() { return Lua.get<int>("missing"); });
 	EXPECT_EQ(Eval(L, "return select(2, pcall(read_missing))"), "stack index -1, expected number, received nil: " + NotAnInteger + " ");
 	EXPECT_EQ(Eval(L, "return select(2, pcall(function() return read_missing() end))"), "test:1: stack index -1, expected number, received nil: " + NotAnInteger + " ");
+
+	// A panic without a text still throws.
+	EXPECT_EQ(PanicText([L] { lua_newtable(L); lua_error(L); }), "lua: error: An unexpected error occurred and panic has been invoked");
 
 	// A panic handler given to the state receives the same text.
 	sol::state Recorded(&RecordPanic);
