@@ -335,6 +335,16 @@ TEST(SolBinding, ValuesReadFromLuaAreChecked)
 	static_assert(std::is_convertible_v<std::string, sol::error>, "sol::error converts from its text");
 }
 
+TEST(SolBinding, StatesCarryTheirHandlersAsGlobals)
+{
+	sol::state Lua;
+	lua_State* L = Lua.lua_state();
+	Lua.open_libraries();
+	EXPECT_EQ(Eval(L, "Handler = _G['sol.\xF0\x9F\x94\xA9'] return type(_G['sol.\xE2\x98\xA2\xE2\x98\xA2']) .. ' ' .. type(Handler)"), "userdata function");
+	EXPECT_EQ(Eval(L, "return (Handler('boom'))"), "boom\nstack traceback:\n\ttest:1: in main chunk");
+	EXPECT_EQ(Eval(L, "return (Handler(5))"), "An unknown error has triggered the default error handler\nstack traceback:\n\ttest:1: in main chunk");
+}
+
 TEST(SolBinding, LibrariesOpenUnderTheirOwnNames)
 {
 	sol::state Lua;

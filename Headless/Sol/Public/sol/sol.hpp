@@ -679,6 +679,13 @@ namespace sol
 			}
 		}
 
+		// The exception handler of a sol2 state: pushes the text of the exception unchanged.
+		inline int default_exception_handler(lua_State* L, std::string_view what)
+		{
+			lua_pushlstring(L, what.data(), what.size());
+			return 1;
+		}
+
 		template <typename Fx, typename Signature>
 		struct function_caller;
 
@@ -698,19 +705,19 @@ namespace sol
 				}
 				catch (const char* e)
 				{
-					lua_pushstring(L, e);
+					default_exception_handler(L, e);
 				}
 				catch (const std::string& e)
 				{
-					lua_pushlstring(L, e.data(), e.size());
+					default_exception_handler(L, e);
 				}
 				catch (const std::exception& e)
 				{
-					lua_pushstring(L, e.what());
+					default_exception_handler(L, e.what());
 				}
 				catch (...)
 				{
-					lua_pushstring(L, "caught (...) exception");
+					default_exception_handler(L, "caught (...) exception");
 				}
 				if (results < 0)
 				{
@@ -1085,6 +1092,19 @@ namespace sol
 		{
 			void operator()(lua_State* L) const { lua_close(L); }
 		};
+
+		// The globals under which a sol2 state keeps the message handler of its protected calls and its
+		// exception handler.
+		inline constexpr const char* default_handler_name = "sol.\xF0\x9F\x94\xA9";
+		inline constexpr const char* default_exception_handler_name = "sol.\xE2\x98\xA2\xE2\x98\xA2";
+
+		// The message handler: the message when it is a string, followed by Lua's traceback.
+		inline int default_traceback_error_handler(lua_State* L)
+		{
+			const char* message = lua_type(L, 1) == LUA_TSTRING ? lua_tostring(L, 1) : "An unknown error has triggered the default error handler";
+			luaL_traceback(L, L, message, 1);
+			return 1;
+		}
 	}
 
 	// Clears the stack and throws the error text as sol::error; Lua aborts if a panic handler returns.
@@ -1122,6 +1142,13 @@ namespace sol
 				throw std::bad_alloc();
 			}
 			lua_atpanic(L, panic);
+			lua_pushcfunction(L, &detail::default_traceback_error_handler);
+			lua_setglobal(L, detail::default_handler_name);
+			int (*exception_handler)(lua_State*, std::string_view) = &detail::default_exception_handler;
+			void* storage = nullptr;
+			std::memcpy(&storage, &exception_handler, sizeof(exception_handler));
+			lua_pushlightuserdata(L, storage);
+			lua_setglobal(L, detail::default_exception_handler_name);
 			return L;
 		}
 	};
