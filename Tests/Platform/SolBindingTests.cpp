@@ -406,7 +406,7 @@ TEST(SolBinding, RegistryReferencesAreReleased)
 		const sol::state_view View(L);
 		EXPECT_EQ(CountLiveReferences(L), Baseline + 4);
 		EXPECT_TRUE(sol::make_object(L, Table).is<sol::table>());
-		EXPECT_NE(PanicText([&] { Lua.globals().get<int>("missing_number"); }), "");
+		EXPECT_EQ(PanicText([&] { Lua.globals().get<int>("missing_number"); }), "lua: error: stack index -1, expected number, received nil: " + NotAnInteger + " ");
 	}
 	EXPECT_EQ(CountLiveReferences(L), Baseline);
 
