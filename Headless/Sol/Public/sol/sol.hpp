@@ -104,8 +104,8 @@ namespace sol
 
 	namespace detail
 	{
-		inline constexpr const char* not_enough_stack_space = "not enough Lua stack space to push this reference value";
-		inline constexpr const char* not_enough_stack_space_single = "not enough Lua stack space to push a single reference value";
+		inline constexpr const char* no_space_for_reference = "not enough Lua stack space to push this reference value";
+		inline constexpr const char* no_space_for_stack_reference = "not enough Lua stack space to push a single reference value";
 
 		struct global_tag
 		{
@@ -123,7 +123,7 @@ namespace sol
 		int push() const noexcept { return push(L); }
 		int push(lua_State* Ls) const noexcept
 		{
-			luaL_checkstack(Ls, 1, detail::not_enough_stack_space_single);
+			luaL_checkstack(Ls, 1, detail::no_space_for_stack_reference);
 			lua_pushvalue(L, index);
 			if (Ls != L)
 			{
@@ -158,7 +158,7 @@ namespace sol
 
 		basic_reference(lua_State* Ls, int index = -1) : L(Ls)
 		{
-			luaL_checkstack(L, 1, detail::not_enough_stack_space);
+			luaL_checkstack(L, 1, detail::no_space_for_reference);
 			lua_pushvalue(L, index);
 			ref = luaL_ref(L, LUA_REGISTRYINDEX);
 		}
@@ -171,7 +171,7 @@ namespace sol
 
 		basic_reference(lua_State* Ls, detail::global_tag) : L(Ls)
 		{
-			luaL_checkstack(L, 1, detail::not_enough_stack_space);
+			luaL_checkstack(L, 1, detail::no_space_for_reference);
 			lua_pushglobaltable(L);
 			ref = luaL_ref(L, LUA_REGISTRYINDEX);
 		}
@@ -224,7 +224,7 @@ namespace sol
 				lua_pushnil(Ls);
 				return 1;
 			}
-			luaL_checkstack(Ls, 1, detail::not_enough_stack_space);
+			luaL_checkstack(Ls, 1, detail::no_space_for_reference);
 			lua_rawgeti(Ls, LUA_REGISTRYINDEX, ref);
 			return 1;
 		}
@@ -743,7 +743,7 @@ namespace sol
 			using signature = typename function_traits<std::remove_pointer_t<callable_type>>::signature;
 			static_assert(alignof(callable_type) <= alignof(void*), "callable needs more alignment than Lua gives userdata");
 
-			luaL_checkstack(L, 3, detail::not_enough_stack_space);
+			luaL_checkstack(L, 3, detail::no_space_for_reference);
 			lua_pushnil(L);
 			void* memory = lua_newuserdatauv(L, sizeof(callable_type), 0);
 			new (memory) callable_type(std::forward<Fx>(fx));
