@@ -63,17 +63,25 @@ namespace
 	}
 
 	// Runs an action that may panic; returns the sol::error text thrown by the default panic handler, or "".
-	std::string PanicText(const std::function<void()>& Action)
+	// The handler's report on the error stream is set aside in Report when given.
+	std::string PanicText(const std::function<void()>& Action, std::string* Report = nullptr)
 	{
+		std::string Text;
+		testing::internal::CaptureStderr();
 		try
 		{
 			Action();
 		}
 		catch (const sol::error& Error)
 		{
-			return Error.what();
+			Text = Error.what();
 		}
-		return "";
+		const std::string Reported = testing::internal::GetCapturedStderr();
+		if (Report)
+		{
+			*Report = Reported;
+		}
+		return Text;
 	}
 
 	std::string GPanicMessage;
@@ -212,8 +220,11 @@ TEST(SolBinding, ExceptionsBecomeLuaErrorsWithTheirText)
 	Lua.set_function("string_error", []() { throw std::string("string text"); });
 	Lua.set_function("sol_error", []() { throw sol::error("bad"); });
 	Lua.set_function("other_error", []() { throw 42; });
+	testing::internal::CaptureStderr();
+	EXPECT_EQ(Call(L, "std_error", &NoArguments), "boom");
+	EXPECT_EQ(testing::internal::GetCapturedStderr(), "[sol2] An exception occurred: boom\n") << "every safety on reports exceptions";
+	testing::internal::CaptureStderr();
 	EXPECT_NO_THROW({
-		EXPECT_EQ(Call(L, "std_error", &NoArguments), "boom");
 		EXPECT_EQ(Call(L, "text_error", &NoArguments), "plain text");
 		EXPECT_EQ(Call(L, "string_error", &NoArguments), "string text");
 		EXPECT_EQ(Call(L, "sol_error", &NoArguments), "lua: error: bad");
@@ -221,6 +232,7 @@ TEST(SolBinding, ExceptionsBecomeLuaErrorsWithTheirText)
 	});
 	// No position is added, even when Lua code is the caller.
 	EXPECT_EQ(Eval(L, "local ok, message = pcall(function() std_error() end) return message"), "boom");
+	testing::internal::GetCapturedStderr();
 	EXPECT_EQ(lua_gettop(L), 0);
 }
 
@@ -324,8 +336,12 @@ TEST(SolBinding, ValuesReadFromLuaAreChecked)
 	EXPECT_EQ(Eval(L, "return select(2, pcall(read_missing))"), "stack index -1, expected number, received nil: " + NotAnInteger + " ");
 	EXPECT_EQ(Eval(L, "return select(2, pcall(function() return read_missing() end))"), "test:1: stack index -1, expected number, received nil: " + NotAnInteger + " ");
 
-	// A panic without a text still throws.
-	EXPECT_EQ(PanicText([L] { lua_newtable(L); lua_error(L); }), "lua: error: An unexpected error occurred and panic has been invoked");
+	// The panic is reported on the error stream; a panic without a text still throws, unreported.
+	std::string Report;
+	EXPECT_EQ(PanicText([&] { Lua.get<bool>("Count"); }, &Report), "lua: error: stack index -1, expected boolean, received number");
+	EXPECT_EQ(Report, "[sol2] An error occurred and panic has been invoked: stack index -1, expected boolean, received number\n");
+	EXPECT_EQ(PanicText([L] { lua_newtable(L); lua_error(L); }, &Report), "lua: error: An unexpected error occurred and panic has been invoked");
+	EXPECT_EQ(Report, "");
 
 	// A panic handler given to the state receives the same text.
 	sol::state Recorded(&RecordPanic);
@@ -412,7 +428,9 @@ TEST(SolBinding, RegistryReferencesAreReleased)
 	// Tables through bound functions, argument errors and exceptions leave nothing behind.
 	Lua.set_function("echo", [](sol::table Table) { return Table; });
 	Lua.set_function("fail", [](sol::table Table, const std::string& Text) { throw std::runtime_error(Text); });
+	testing::internal::CaptureStderr();
 	EXPECT_EQ(Eval(L, "local t = {} for i = 1, 50 do echo(t) pcall(echo, i) pcall(fail, t, 'x') pcall(fail, t) end return #t"), "0");
+	testing::internal::GetCapturedStderr();
 	EXPECT_EQ(CountLiveReferences(L), Baseline);
 
 	// A freed slot is taken again by the next reference.

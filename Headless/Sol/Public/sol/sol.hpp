@@ -13,6 +13,7 @@
 #include <cstdint>
 #include <cstring>
 #include <exception>
+#include <iostream>
 #include <memory>
 #include <new>
 #include <stdexcept>
@@ -679,9 +680,13 @@ namespace sol
 			}
 		}
 
-		// The exception handler of a sol2 state: pushes the text of the exception unchanged.
+		// The exception handler of a sol2 state: reports the exception on the error stream, as sol2 does with
+		// every safety on, and pushes its text unchanged.
 		inline int default_exception_handler(lua_State* L, std::string_view what)
 		{
+			std::cerr << "[sol2] An exception occurred: ";
+			std::cerr.write(what.data(), static_cast<std::streamsize>(what.size()));
+			std::cerr << std::endl;
 			lua_pushlstring(L, what.data(), what.size());
 			return 1;
 		}
@@ -1107,13 +1112,20 @@ namespace sol
 		}
 	}
 
-	// Clears the stack and throws the error text as sol::error; Lua aborts if a panic handler returns.
+	// Clears the stack, reports a text on the error stream and throws it as sol::error; Lua aborts if a panic
+	// handler returns.
 	inline int default_at_panic(lua_State* L)
 	{
 		std::size_t length = 0;
 		const char* message = lua_tolstring(L, -1, &length);
-		std::string text = message ? std::string(message, length) : std::string("An unexpected error occurred and panic has been invoked");
+		if (message == nullptr)
+		{
+			lua_settop(L, 0);
+			throw error(std::string("An unexpected error occurred and panic has been invoked"));
+		}
+		std::string text(message, length);
 		lua_settop(L, 0);
+		std::cerr << "[sol2] An error occurred and panic has been invoked: " << text << std::endl;
 		throw error(text);
 	}
 
