@@ -9,11 +9,11 @@
 #pragma push_macro("check")
 #undef check
 
-#include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
 #include <exception>
+#include <iostream>
 #include <memory>
 #include <new>
 #include <stdexcept>
@@ -82,7 +82,7 @@ namespace sol
 	class error : public std::runtime_error
 	{
 	public:
-		explicit error(const std::string& str) : std::runtime_error("lua: error: " + str) {}
+		error(const std::string& str) : std::runtime_error("lua: error: " + str) {}
 	};
 
 	enum class lib : unsigned char
@@ -105,8 +105,8 @@ namespace sol
 
 	namespace detail
 	{
-		inline constexpr const char* not_enough_stack_space = "not enough Lua stack space to push this reference value";
-		inline constexpr const char* not_enough_stack_space_single = "not enough Lua stack space to push a single reference value";
+		inline constexpr const char* no_space_for_reference = "not enough Lua stack space to push this reference value";
+		inline constexpr const char* no_space_for_stack_reference = "not enough Lua stack space to push a single reference value";
 
 		struct global_tag
 		{
@@ -124,7 +124,7 @@ namespace sol
 		int push() const noexcept { return push(L); }
 		int push(lua_State* Ls) const noexcept
 		{
-			luaL_checkstack(Ls, 1, detail::not_enough_stack_space_single);
+			luaL_checkstack(Ls, 1, detail::no_space_for_stack_reference);
 			lua_pushvalue(L, index);
 			if (Ls != L)
 			{
@@ -156,11 +156,10 @@ namespace sol
 	public:
 		basic_reference() noexcept = default;
 		basic_reference(lua_nil_t) noexcept {}
-		basic_reference(lua_State* Ls, lua_nil_t) noexcept : L(Ls), ref(LUA_REFNIL) {}
 
 		basic_reference(lua_State* Ls, int index = -1) : L(Ls)
 		{
-			luaL_checkstack(L, 1, detail::not_enough_stack_space);
+			luaL_checkstack(L, 1, detail::no_space_for_reference);
 			lua_pushvalue(L, index);
 			ref = luaL_ref(L, LUA_REGISTRYINDEX);
 		}
@@ -173,7 +172,7 @@ namespace sol
 
 		basic_reference(lua_State* Ls, detail::global_tag) : L(Ls)
 		{
-			luaL_checkstack(L, 1, detail::not_enough_stack_space);
+			luaL_checkstack(L, 1, detail::no_space_for_reference);
 			lua_pushglobaltable(L);
 			ref = luaL_ref(L, LUA_REGISTRYINDEX);
 		}
@@ -226,7 +225,7 @@ namespace sol
 				lua_pushnil(Ls);
 				return 1;
 			}
-			luaL_checkstack(Ls, 1, detail::not_enough_stack_space);
+			luaL_checkstack(Ls, 1, detail::no_space_for_reference);
 			lua_rawgeti(Ls, LUA_REGISTRYINDEX, ref);
 			return 1;
 		}
@@ -346,6 +345,119 @@ namespace sol
 			static const std::string name = ctti_get_type_name_from_sig<T>();
 			return name;
 		}
+
+		template <typename T>
+		struct is_table : std::false_type
+		{
+		};
+
+		template <bool is_global, typename base_type>
+		struct is_table<basic_table_core<is_global, base_type>> : std::true_type
+		{
+		};
+
+		inline constexpr const char* not_a_number = "not a numeric type";
+		inline constexpr const char* not_a_number_integral = "not a numeric type that fits exactly an integer (number maybe has significant decimals)";
+		inline constexpr const char* not_a_table = "value is not a table or a userdata that can behave like one";
+		inline constexpr const char* constructor_check_failed = "(type check failed in constructor)";
+
+		// Whether the value at index can be read as T, as sol2 checks it with all safeties on; when it cannot,
+		// names the Lua type that was expected and the message that explains the misfit.
+		template <typename T>
+		bool fits(lua_State* L, int index, int& expected, const char*& message)
+		{
+			using value_type = std::remove_cv_t<std::remove_reference_t<T>>;
+			const int actual = lua_type(L, index);
+			message = "";
+			if constexpr (std::is_same_v<value_type, this_state> || is_reference_type_v<value_type>)
+			{
+				if constexpr (is_table<value_type>::value)
+				{
+					expected = LUA_TTABLE;
+					message = not_a_table;
+					return actual == LUA_TTABLE || actual == LUA_TUSERDATA;
+				}
+				return true;
+			}
+			else if constexpr (std::is_same_v<value_type, bool>)
+			{
+				expected = LUA_TBOOLEAN;
+				return actual == LUA_TBOOLEAN;
+			}
+			else if constexpr (std::is_integral_v<value_type>)
+			{
+				expected = LUA_TNUMBER;
+				message = not_a_number_integral;
+				return lua_isinteger(L, index) != 0;
+			}
+			else if constexpr (std::is_floating_point_v<value_type>)
+			{
+				expected = LUA_TNUMBER;
+				message = not_a_number;
+				return actual == LUA_TNUMBER;
+			}
+			else if constexpr (std::is_same_v<value_type, std::string> || std::is_same_v<value_type, std::string_view> || std::is_same_v<value_type, const char*>)
+			{
+				expected = LUA_TSTRING;
+				return actual == LUA_TSTRING;
+			}
+			else if constexpr (std::is_same_v<value_type, lua_nil_t>)
+			{
+				expected = LUA_TNIL;
+				return actual == LUA_TNIL || actual == LUA_TNONE;
+			}
+			else
+			{
+				static_assert(sizeof(T) == 0, "this type is not part of the supported subset");
+				return false;
+			}
+		}
+
+		// Raises sol2's type error for the value at index: "stack index %d, expected %s, received %s", then
+		// ": <message> <aux>", or ": <aux>" when there is no message. The text is built with Lua alone so that
+		// no C++ object is live when luaL_error leaves this frame; the position of the Lua caller, if any,
+		// leads it. A full userdata is named by its metatable's __name.
+		inline int raise_type_error(lua_State* L, int index, int expected, const char* message, const char* aux)
+		{
+			const int actual = lua_type(L, index);
+			const char* received = lua_typename(L, actual);
+			if (actual == LUA_TUSERDATA && lua_getmetatable(L, index))
+			{
+				lua_pushstring(L, "__name");
+				lua_rawget(L, -2);
+				const char* name = lua_tostring(L, -1);
+				received = name ? name : "";
+			}
+			const char* expected_name = lua_typename(L, expected);
+			if (message[0] == '\0' && aux[0] == '\0')
+			{
+				lua_pushfstring(L, "stack index %d, expected %s, received %s", index, expected_name, received);
+			}
+			else if (message[0] == '\0')
+			{
+				lua_pushfstring(L, "stack index %d, expected %s, received %s: %s%s", index, expected_name, received, message, aux);
+			}
+			else
+			{
+				lua_pushfstring(L, "stack index %d, expected %s, received %s: %s %s", index, expected_name, received, message, aux);
+			}
+			return luaL_error(L, "%s", lua_tostring(L, -1));
+		}
+
+		// A table handle is made only from a table or a userdata that can behave like one.
+		template <typename Table>
+		void check_table_construction(lua_State* L, int index)
+		{
+			int expected = LUA_TNONE;
+			const char* message = "";
+			if (!fits<Table>(L, index, expected, message))
+			{
+				raise_type_error(L, index, expected, message, constructor_check_failed);
+			}
+		}
+
+		template <typename T>
+		T read(lua_State* L, int index);
 	}
 
 	namespace stack
@@ -379,8 +491,23 @@ namespace sol
 			return value.push(L);
 		}
 
+		// Reads a value that is first checked as sol2 checks it; a misfit raises sol2's type error, which
+		// reaches the panic handler when no Lua call is protecting the state.
 		template <typename T>
-		T get(lua_State* L, int index = -1);
+		T get(lua_State* L, int index = -1)
+		{
+			using value_type = std::remove_cv_t<std::remove_reference_t<T>>;
+			if constexpr (!detail::is_reference_type_v<value_type>)
+			{
+				int expected = LUA_TNONE;
+				const char* message = "";
+				if (!detail::fits<value_type>(L, index, expected, message))
+				{
+					detail::raise_type_error(L, index, expected, message, "");
+				}
+			}
+			return detail::read<value_type>(L, index);
+		}
 
 		template <typename T>
 		T pop(lua_State* L)
@@ -392,7 +519,12 @@ namespace sol
 		}
 
 		template <typename T>
-		bool check(lua_State* L, int index);
+		bool check(lua_State* L, int index = -1)
+		{
+			int expected = LUA_TNONE;
+			const char* message = "";
+			return detail::fits<T>(L, index, expected, message);
+		}
 	}
 
 	template <typename base_type>
@@ -404,16 +536,21 @@ namespace sol
 		basic_object(const base_type& r) : base_type(r) {}
 		basic_object(base_type&& r) noexcept : base_type(std::move(r)) {}
 
+		// A registry reference to nil is only nil; one that refers to nothing is nothing.
 		template <typename T>
 		bool is() const
 		{
-			if constexpr (std::is_same_v<T, lua_nil_t>)
+			if constexpr (detail::is_stack_based_v<base_type>)
 			{
-				return !this->valid();
+				return stack::check<T>(this->lua_state(), this->stack_index());
 			}
 			else
 			{
-				if (this->lua_state() == nullptr)
+				if (this->registry_index() == LUA_REFNIL)
+				{
+					return std::is_same_v<std::remove_cv_t<std::remove_reference_t<T>>, lua_nil_t>;
+				}
+				if (this->registry_index() == LUA_NOREF)
 				{
 					return false;
 				}
@@ -427,8 +564,15 @@ namespace sol
 		template <typename T>
 		T as() const
 		{
-			this->push();
-			return stack::pop<T>(this->lua_state());
+			if constexpr (detail::is_stack_based_v<base_type>)
+			{
+				return stack::get<T>(this->lua_state(), this->stack_index());
+			}
+			else
+			{
+				this->push();
+				return stack::pop<T>(this->lua_state());
+			}
 		}
 	};
 
@@ -461,100 +605,9 @@ namespace sol
 		{
 		};
 
-		// How a declared parameter type meets the Lua stack: how many slots it takes and how it is checked.
+		// How many Lua stack slots a declared parameter type takes.
 		template <typename T>
-		struct parameter
-		{
-			using value_type = std::remove_cv_t<std::remove_reference_t<T>>;
-
-			static constexpr int slots = std::is_same_v<value_type, this_state> ? 0 : 1;
-
-			// Returns false and names the expected type and the message when the value does not fit.
-			static bool check(lua_State* L, int index, int& expected, const char*& message)
-			{
-				const int actual = lua_type(L, index);
-				message = "";
-				if constexpr (std::is_same_v<value_type, this_state>)
-				{
-					return true;
-				}
-				else if constexpr (std::is_same_v<value_type, std::string> || std::is_same_v<value_type, std::string_view>)
-				{
-					expected = LUA_TSTRING;
-					return actual == LUA_TSTRING;
-				}
-				else if constexpr (std::is_same_v<value_type, table> || std::is_same_v<value_type, stack_table>)
-				{
-					expected = LUA_TTABLE;
-					message = "value is not a table or a userdata that can behave like one";
-					return actual == LUA_TTABLE || actual == LUA_TUSERDATA;
-				}
-				else if constexpr (is_reference_type_v<value_type>)
-				{
-					return true;
-				}
-				else if constexpr (std::is_same_v<value_type, bool>)
-				{
-					expected = LUA_TBOOLEAN;
-					return actual == LUA_TBOOLEAN;
-				}
-				else if constexpr (std::is_integral_v<value_type>)
-				{
-					expected = LUA_TNUMBER;
-					message = "not a numeric type that fits exactly an integer (number maybe has significant decimals)";
-					return lua_isinteger(L, index) != 0;
-				}
-				else if constexpr (std::is_floating_point_v<value_type>)
-				{
-					expected = LUA_TNUMBER;
-					message = "not a numeric type";
-					return actual == LUA_TNUMBER;
-				}
-				else
-				{
-					static_assert(sizeof(T) == 0, "this parameter type is not part of the supported subset");
-					return false;
-				}
-			}
-
-			static value_type get(lua_State* L, int index)
-			{
-				if constexpr (std::is_same_v<value_type, this_state>)
-				{
-					return this_state(L);
-				}
-				else
-				{
-					return stack::get<value_type>(L, index);
-				}
-			}
-		};
-
-		// Raises sol2's argument error; builds the text with Lua alone so that no C++ object is live when
-		// luaL_error leaves this frame.
-		inline int raise_argument_error(lua_State* L, int index, int expected, const char* message, const std::string& aux)
-		{
-			const char* received = lua_typename(L, lua_type(L, index));
-			if (lua_type(L, index) == LUA_TUSERDATA && lua_getmetatable(L, index))
-			{
-				lua_getfield(L, -1, "__name");
-				received = lua_type(L, -1) == LUA_TSTRING ? lua_tostring(L, -1) : "";
-			}
-			const char* expected_name = lua_typename(L, expected);
-			if (message[0] == '\0' && aux.empty())
-			{
-				lua_pushfstring(L, "stack index %d, expected %s, received %s", index, expected_name, received);
-			}
-			else if (message[0] == '\0')
-			{
-				lua_pushfstring(L, "stack index %d, expected %s, received %s: %s%s", index, expected_name, received, message, aux.c_str());
-			}
-			else
-			{
-				lua_pushfstring(L, "stack index %d, expected %s, received %s: %s %s", index, expected_name, received, message, aux.c_str());
-			}
-			return luaL_error(L, "%s", lua_tostring(L, -1));
-		}
+		inline constexpr int parameter_slots = std::is_same_v<std::remove_cv_t<std::remove_reference_t<T>>, this_state> ? 0 : 1;
 
 		template <typename R, typename... Args>
 		const std::string& argument_error_addendum()
@@ -573,7 +626,7 @@ namespace sol
 		void stack_indices(int (&indices)[sizeof...(Args) + 1], std::index_sequence<I...>)
 		{
 			int next = 1;
-			((indices[I] = next, next += parameter<Args>::slots), ...);
+			((indices[I] = next, next += parameter_slots<Args>), ...);
 			indices[sizeof...(Args)] = next;
 		}
 
@@ -587,10 +640,10 @@ namespace sol
 			int expected = LUA_TNONE;
 			const char* message = "";
 			std::size_t position = 0;
-			(void)((parameter<Args>::check(L, indices[position], expected, message) ? (++position, true) : (failed_index = indices[position], false)) && ...);
+			(void)((fits<Args>(L, indices[position], expected, message) ? (++position, true) : (failed_index = indices[position], false)) && ...);
 			if (failed_index != 0)
 			{
-				raise_argument_error(L, failed_index, expected, message, argument_error_addendum<R, Args...>());
+				raise_type_error(L, failed_index, expected, message, argument_error_addendum<R, Args...>().c_str());
 			}
 		}
 
@@ -614,7 +667,7 @@ namespace sol
 		{
 			int indices[sizeof...(Args) + 1];
 			stack_indices<Args...>(indices, std::index_sequence_for<Args...>{});
-			std::tuple<typename parameter<Args>::value_type...> arguments(parameter<Args>::get(L, indices[I])...);
+			std::tuple<std::remove_cv_t<std::remove_reference_t<Args>>...> arguments(read<std::remove_cv_t<std::remove_reference_t<Args>>>(L, indices[I])...);
 			if constexpr (std::is_void_v<R>)
 			{
 				fx(std::move(std::get<I>(arguments))...);
@@ -625,6 +678,17 @@ namespace sol
 			{
 				return push_result(L, fx(std::move(std::get<I>(arguments))...));
 			}
+		}
+
+		// The exception handler of a sol2 state: reports the exception on the error stream, as sol2 does with
+		// every safety on, and pushes its text unchanged.
+		inline int default_exception_handler(lua_State* L, std::string_view what)
+		{
+			std::cerr << "[sol2] An exception occurred: ";
+			std::cerr.write(what.data(), static_cast<std::streamsize>(what.size()));
+			std::cerr << std::endl;
+			lua_pushlstring(L, what.data(), what.size());
+			return 1;
 		}
 
 		template <typename Fx, typename Signature>
@@ -646,19 +710,19 @@ namespace sol
 				}
 				catch (const char* e)
 				{
-					lua_pushstring(L, e);
+					default_exception_handler(L, e);
 				}
 				catch (const std::string& e)
 				{
-					lua_pushlstring(L, e.data(), e.size());
+					default_exception_handler(L, e);
 				}
 				catch (const std::exception& e)
 				{
-					lua_pushstring(L, e.what());
+					default_exception_handler(L, e.what());
 				}
 				catch (...)
 				{
-					lua_pushstring(L, "caught (...) exception");
+					default_exception_handler(L, "caught (...) exception");
 				}
 				if (results < 0)
 				{
@@ -684,7 +748,7 @@ namespace sol
 			using signature = typename function_traits<std::remove_pointer_t<callable_type>>::signature;
 			static_assert(alignof(callable_type) <= alignof(void*), "callable needs more alignment than Lua gives userdata");
 
-			luaL_checkstack(L, 3, detail::not_enough_stack_space);
+			luaL_checkstack(L, 3, detail::no_space_for_reference);
 			lua_pushnil(L);
 			void* memory = lua_newuserdatauv(L, sizeof(callable_type), 0);
 			new (memory) callable_type(std::forward<Fx>(fx));
@@ -748,14 +812,18 @@ namespace sol
 		basic_table_core& operator=(const basic_table_core&) = default;
 		basic_table_core& operator=(basic_table_core&&) noexcept = default;
 
-		basic_table_core(lua_State* L, int index = -1) : base_type(L, index) {}
+		basic_table_core(lua_State* L, int index = -1) : base_type(L, index) { detail::check_table_construction<basic_table_core>(L, index); }
 		basic_table_core(lua_State* L, detail::global_tag tag) : base_type(L, tag) {}
-		basic_table_core(lua_State* L, const stack_reference& r) : base_type(L, r) {}
+		basic_table_core(lua_State* L, const stack_reference& r) : base_type(L, r) { check_held_value(); }
 		basic_table_core(lua_State* L, const new_table& nt) : base_type(make(L, nt)) {}
 
 		template <typename T, std::enable_if_t<std::is_base_of_v<base_type, T> && !std::is_same_v<T, basic_table_core>, int> = 0>
 		basic_table_core(const T& r) : base_type(r)
 		{
+			if constexpr (!detail::is_table<T>::value)
+			{
+				check_held_value();
+			}
 		}
 
 		static basic_table_core create(lua_State* L, int narr = 0, int nrec = 0)
@@ -839,21 +907,13 @@ namespace sol
 			return table_proxy<basic_table_core&, std::decay_t<const Key>>(*this, key);
 		}
 
-		// The length operator, __len included; a non-integer length rounds to the nearest integer.
+		// The length operator, __len included; a length that is not a Lua integer raises sol2's type error.
 		std::size_t size() const
 		{
 			lua_State* L = this->lua_state();
 			this->push();
 			lua_len(L, -1);
-			std::size_t result = 0;
-			if (lua_isinteger(L, -1))
-			{
-				result = static_cast<std::size_t>(lua_tointeger(L, -1));
-			}
-			else
-			{
-				result = static_cast<std::size_t>(std::llround(lua_tonumber(L, -1)));
-			}
+			const std::size_t result = stack::get<std::size_t>(L, -1);
 			lua_pop(L, 2);
 			return result;
 		}
@@ -876,6 +936,23 @@ namespace sol
 		}
 
 	private:
+		// Checks the value this handle took from another reference where it lives: its own slot, or the top of
+		// the stack while it is pushed there.
+		void check_held_value()
+		{
+			lua_State* L = this->lua_state();
+			if constexpr (detail::is_stack_based_v<base_type>)
+			{
+				detail::check_table_construction<basic_table_core>(L, this->stack_index());
+			}
+			else
+			{
+				this->push();
+				detail::check_table_construction<basic_table_core>(L, lua_gettop(L));
+				this->pop();
+			}
+		}
+
 		static base_type make(lua_State* L, const new_table& nt)
 		{
 			lua_createtable(L, nt.sequence_hint, nt.map_hint);
@@ -932,7 +1009,7 @@ namespace sol
 	class state_view
 	{
 	public:
-		explicit state_view(lua_State* Ls) : L(Ls), reg(Ls, LUA_REGISTRYINDEX), global(Ls, detail::global_tag{}) {}
+		state_view(lua_State* Ls) : L(Ls), reg(Ls, LUA_REGISTRYINDEX), global(Ls, detail::global_tag{}) {}
 		state_view(this_state Ls) : state_view(Ls.L) {}
 
 		lua_State* lua_state() const noexcept { return L; }
@@ -993,7 +1070,7 @@ namespace sol
 			entry chosen{ nullptr, nullptr };
 			switch (library)
 			{
-			case lib::base: chosen = { "_G", luaopen_base }; break;
+			case lib::base: chosen = { "base", luaopen_base }; break;
 			case lib::package: chosen = { LUA_LOADLIBNAME, luaopen_package }; break;
 			case lib::coroutine: chosen = { LUA_COLIBNAME, luaopen_coroutine }; break;
 			case lib::string: chosen = { LUA_STRLIBNAME, luaopen_string }; break;
@@ -1020,12 +1097,36 @@ namespace sol
 		{
 			void operator()(lua_State* L) const { lua_close(L); }
 		};
+
+		// The globals under which a sol2 state keeps the message handler of its protected calls and its
+		// exception handler.
+		inline constexpr const char* default_handler_name = "sol.\xF0\x9F\x94\xA9";
+		inline constexpr const char* default_exception_handler_name = "sol.\xE2\x98\xA2\xE2\x98\xA2";
+
+		// The message handler: the message when it is a string, followed by Lua's traceback.
+		inline int default_traceback_error_handler(lua_State* L)
+		{
+			const char* message = lua_type(L, 1) == LUA_TSTRING ? lua_tostring(L, 1) : "An unknown error has triggered the default error handler";
+			luaL_traceback(L, L, message, 1);
+			return 1;
+		}
 	}
 
+	// Clears the stack, reports a text on the error stream and throws it as sol::error; Lua aborts if a panic
+	// handler returns.
 	inline int default_at_panic(lua_State* L)
 	{
-		const char* message = lua_tostring(L, -1);
-		throw error(message ? message : "An unexpected error occurred and panic has been invoked");
+		std::size_t length = 0;
+		const char* message = lua_tolstring(L, -1, &length);
+		if (message == nullptr)
+		{
+			lua_settop(L, 0);
+			throw error(std::string("An unexpected error occurred and panic has been invoked"));
+		}
+		std::string text(message, length);
+		lua_settop(L, 0);
+		std::cerr << "[sol2] An error occurred and panic has been invoked: " << text << std::endl;
+		throw error(text);
 	}
 
 	// Owns a new Lua state; the view's registry slots are released before the state closes.
@@ -1053,98 +1154,56 @@ namespace sol
 				throw std::bad_alloc();
 			}
 			lua_atpanic(L, panic);
+			lua_pushcfunction(L, &detail::default_traceback_error_handler);
+			lua_setglobal(L, detail::default_handler_name);
+			int (*exception_handler)(lua_State*, std::string_view) = &detail::default_exception_handler;
+			void* storage = nullptr;
+			std::memcpy(&storage, &exception_handler, sizeof(exception_handler));
+			lua_pushlightuserdata(L, storage);
+			lua_setglobal(L, detail::default_exception_handler_name);
 			return L;
 		}
 	};
 
-	namespace stack
+	namespace detail
 	{
+		// Converts a value that has already passed its check; reference types are made from the slot.
 		template <typename T>
-		T get(lua_State* L, int index)
+		T read(lua_State* L, int index)
 		{
-			using value_type = std::remove_cv_t<std::remove_reference_t<T>>;
-			if constexpr (std::is_same_v<value_type, bool>)
+			if constexpr (std::is_same_v<T, bool>)
 			{
 				return lua_toboolean(L, index) != 0;
 			}
-			else if constexpr (std::is_integral_v<value_type>)
+			else if constexpr (std::is_integral_v<T>)
 			{
-				if (lua_isinteger(L, index))
-				{
-					return static_cast<value_type>(lua_tointeger(L, index));
-				}
-				return static_cast<value_type>(std::llround(lua_tonumber(L, index)));
+				return static_cast<T>(lua_tointeger(L, index));
 			}
-			else if constexpr (std::is_floating_point_v<value_type>)
+			else if constexpr (std::is_floating_point_v<T>)
 			{
-				return static_cast<value_type>(lua_tonumber(L, index));
+				return static_cast<T>(lua_tonumber(L, index));
 			}
-			else if constexpr (std::is_same_v<value_type, std::string>)
+			else if constexpr (std::is_same_v<T, std::string> || std::is_same_v<T, std::string_view>)
 			{
 				std::size_t length = 0;
 				const char* text = lua_tolstring(L, index, &length);
-				return text ? std::string(text, length) : std::string();
+				return T(text, length);
 			}
-			else if constexpr (std::is_same_v<value_type, std::string_view>)
-			{
-				std::size_t length = 0;
-				const char* text = lua_tolstring(L, index, &length);
-				return text ? std::string_view(text, length) : std::string_view();
-			}
-			else if constexpr (std::is_same_v<value_type, const char*>)
+			else if constexpr (std::is_same_v<T, const char*>)
 			{
 				return lua_tostring(L, index);
 			}
-			else if constexpr (std::is_same_v<value_type, this_state>)
+			else if constexpr (std::is_same_v<T, this_state>)
 			{
 				return this_state(L);
 			}
-			else if constexpr (std::is_same_v<value_type, lua_nil_t>)
+			else if constexpr (std::is_same_v<T, lua_nil_t>)
 			{
 				return lua_nil;
 			}
-			else if constexpr (detail::is_reference_type_v<value_type>)
-			{
-				return value_type(L, index);
-			}
 			else
 			{
-				static_assert(sizeof(T) == 0, "this type is not part of the supported subset");
-			}
-		}
-
-		template <typename T>
-		bool check(lua_State* L, int index)
-		{
-			using value_type = std::remove_cv_t<std::remove_reference_t<T>>;
-			const int actual = lua_type(L, index);
-			if constexpr (std::is_same_v<value_type, bool>)
-			{
-				return actual == LUA_TBOOLEAN;
-			}
-			else if constexpr (std::is_integral_v<value_type>)
-			{
-				return lua_isinteger(L, index) != 0;
-			}
-			else if constexpr (std::is_floating_point_v<value_type>)
-			{
-				return actual == LUA_TNUMBER;
-			}
-			else if constexpr (std::is_same_v<value_type, std::string> || std::is_same_v<value_type, std::string_view> || std::is_same_v<value_type, const char*>)
-			{
-				return actual == LUA_TSTRING;
-			}
-			else if constexpr (std::is_same_v<value_type, table> || std::is_same_v<value_type, stack_table>)
-			{
-				return actual == LUA_TTABLE || actual == LUA_TUSERDATA;
-			}
-			else if constexpr (std::is_same_v<value_type, lua_nil_t>)
-			{
-				return actual == LUA_TNIL || actual == LUA_TNONE;
-			}
-			else
-			{
-				return true;
+				return T(L, index);
 			}
 		}
 	}
