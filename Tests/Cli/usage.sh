@@ -30,7 +30,8 @@ refused "--log needs a value" run a.lua --log
 refused "unknown option '--bogus'" run --bogus a.lua b.lua
 refused "unknown option '-x'" run a.lua -x
 refused "unknown option '--'" run a.lua --
-refused "unknown option '--project=.'" run a.lua --project=.
+refused "unknown option '--bogus=.'" run a.lua --bogus=.
+refused "--lock-timeout needs a number of seconds, not 'x'" run a.lua --lock-timeout=x
 refused "unknown option '--json'" run a.lua --json
 for seconds in soon -1 1e3 inf 1.2.3 . ""; do
 	refused "--lock-timeout needs a number of seconds, not '$seconds'" run a.lua --lock-timeout "$seconds"

@@ -103,6 +103,22 @@ namespace
 		EXPECT_EQ(ParseCommandLine(Syntax, { "--note", "--for" }).CommandLine.Get("--note", ""), "--for");
 	}
 
+	TEST(CvaiOptionsTest, TakesAValueWrittenInTheOptionsOwnWord)
+	{
+		const FParseResult Attached = ParseCommandLine(TestSyntax(), { "-j2", "--junit=out.xml", "suite", "--junit=" });
+		EXPECT_EQ(Attached.Error, "");
+		EXPECT_EQ(Attached.CommandLine.Get("-j", ""), "2");
+		EXPECT_EQ(Attached.CommandLine.Get("--junit", "none"), "");
+		EXPECT_EQ(Attached.CommandLine.Positionals, (std::vector<std::string>{ "suite" }));
+		// The value's rule holds as for a separate word; a flag takes none; only a declared option is split.
+		const FCommandSyntax Wait{ .Name = "wait", .Options = { { "--for", "SECONDS", nullptr, &IsSeconds, "a number of seconds" } } };
+		EXPECT_EQ(ParseCommandLine(Wait, { "--for=soon" }).Error, "--for needs a number of seconds, not 'soon'");
+		EXPECT_EQ(ParseCommandLine(Wait, { "--for=2.5" }).CommandLine.Get("--for", ""), "2.5");
+		EXPECT_EQ(ParseCommandLine(TestSyntax(), { "suite", "--sandbox=yes" }).Error, "--sandbox takes no value");
+		EXPECT_EQ(ParseCommandLine(TestSyntax(), { "suite", "--jobs=2" }).Error, "unknown option '--jobs=2'");
+		EXPECT_EQ(ParseCommandLine(TestSyntax(), { "suite", "-x2" }).Error, "unknown option '-x2'");
+	}
+
 	TEST(CvaiOptionsTest, ListsTheOptionsWithAHelpTextAfterTheDescription)
 	{
 		const FCommandSyntax Syntax{ .Name = "serve",

@@ -19,6 +19,32 @@ namespace UE::Headless::Cvai
 			return Found == Syntax.Options.end() ? nullptr : &*Found;
 		}
 
+		struct FAttachedValue
+		{
+			const FOption* Option = nullptr;
+			std::string Value;
+		};
+
+		// A value written in the option's own word, as other tools take it: "--timeout=5", or "-j2" for a short
+		// option. Only a declared option is split, so a value such as "-x" is still read as the command reads it.
+		FAttachedValue SplitAttachedValue(const FCommandSyntax& Syntax, const std::string& Word)
+		{
+			FAttachedValue Attached;
+			const size_t Equals = Word.find('=');
+			if (Word.starts_with("--") && Equals != std::string::npos)
+			{
+				Attached.Option = FindOption(Syntax, Word.substr(0, Equals));
+				Attached.Value = Word.substr(Equals + 1);
+			}
+			else if (Word.size() > 2 && Word[0] == '-' && Word[1] != '-')
+			{
+				const FOption* Short = FindOption(Syntax, Word.substr(0, 2));
+				Attached.Option = Short && Short->ValueName ? Short : nullptr;
+				Attached.Value = Word.substr(2);
+			}
+			return Attached;
+		}
+
 		// The usage error for a word that is none of the command's options; nothing when the word is a value.
 		std::optional<std::string> RefuseWord(const FPositionals& Positionals, const std::string& Word)
 		{
@@ -86,26 +112,33 @@ namespace UE::Headless::Cvai
 		for (size_t Index = 0; Index < Arguments.size(); ++Index)
 		{
 			const std::string& Word = Arguments[Index];
-			if (const FOption* Option = FindOption(Syntax, Word))
+			const FAttachedValue Attached = SplitAttachedValue(Syntax, Word);
+			if (const FOption* Option = Attached.Option ? Attached.Option : FindOption(Syntax, Word))
 			{
+				const std::string Name = Option->Name;
 				if (!Option->ValueName)
 				{
-					Result.CommandLine.Options[Word].clear();
+					if (Attached.Option)
+					{
+						Result.Error = Name + " takes no value";
+						return Result;
+					}
+					Result.CommandLine.Options[Name].clear();
 					continue;
 				}
-				if (Index + 1 >= Arguments.size())
+				if (!Attached.Option && Index + 1 >= Arguments.size())
 				{
-					Result.Error = Word + " needs a value";
+					Result.Error = Name + " needs a value";
 					return Result;
 				}
 				// The next word is the value whatever it looks like, so a value may start with '-'.
-				const std::string& Value = Arguments[++Index];
+				const std::string& Value = Attached.Option ? Attached.Value : Arguments[++Index];
 				if (Option->IsValidValue && !Option->IsValidValue(Value))
 				{
-					Result.Error = Word + " needs " + Option->ValueRule + ", not '" + Value + "'";
+					Result.Error = Name + " needs " + Option->ValueRule + ", not '" + Value + "'";
 					return Result;
 				}
-				Result.CommandLine.Options[Word] = Value;
+				Result.CommandLine.Options[Name] = Value;
 				continue;
 			}
 			if (std::optional<std::string> Refusal = RefuseWord(Positionals, Word))
