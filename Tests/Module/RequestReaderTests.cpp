@@ -109,6 +109,21 @@ TEST_F(RequestReaderTest, ReadsEveryFieldInListOrder)
 	EXPECT_EQ(Second.Transforms[0].GetRotation(), FRotator(0.0, 0.0, 30.0).Quaternion());
 }
 
+TEST_F(RequestReaderTest, APartOfManyTransformsIsReadInConstantStackSpace)
+{
+	// Each transform's fields are gathered on the stack and dropped before the next: a part of 400,000 transforms
+	// would need more than Lua's whole stack otherwise.
+	FNaniteAssemblyBuildRequest Request;
+	std::string Error;
+	ASSERT_TRUE(Read(std::string("(function() local t = {} for i = 1, 400000 do t[i] = { location = { x = i } } end "
+								 "return { output = 'Out/SM_Many', parts = { { mesh = ") + Cube + ", transforms = t } } } end)()",
+		Request, Error))
+		<< Error;
+	ASSERT_EQ(Request.Parts.Num(), 1);
+	ASSERT_EQ(Request.Parts[0].Transforms.Num(), 400000);
+	EXPECT_EQ(Request.Parts[0].Transforms.Last().GetTranslation(), FVector(400000.0, 0.0, 0.0));
+}
+
 TEST_F(RequestReaderTest, DefaultsAndBothRotationNotationsGiveTheEngineQuaternion)
 {
 	FNaniteAssemblyBuildRequest Request;

@@ -11,6 +11,8 @@ local result = nanite_assembly_build{
 	},
 }
 expect.eq(result.ok, true, "built " .. tostring(result.error))
+-- A new output is looked for, not loaded: nothing on disk, so no load is tried and the engine log stays empty.
+expect.eq(table.concat(headless.engine_log(), "\n"), "", "engine log")
 expect.fields(result, {
 	ok = "boolean", asset = "string", object_path = "string", nanite_enabled = "boolean",
 	nanite_settings_enabled = "boolean", is_assembly = "boolean", assembly_data_valid = "boolean",
