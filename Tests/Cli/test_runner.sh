@@ -124,6 +124,24 @@ expect_status 1 "$cvai" test "$work/pair" -j 1 --timeout 1 --no-sandbox
 expect_line "$work/out" "1 passed, 1 failed"
 expect_line "$work/out" "    timeout: still running after 1 s"
 
+# A failed script's output is shown by its last 40 lines; the JUnit file keeps it whole.
+mkdir -p "$work/chatty"
+echo 'for i = 1, 100 do print("line " .. i) end error("the end", 0)' > "$work/chatty/chatty_test.lua"
+expect_status 1 "$cvai" test "$work/chatty" --junit "$work/chatty.xml"
+{
+	echo "FAIL $work/chatty/chatty_test.lua (T s)"
+	echo "    the end"
+	echo "    output:"
+	echo "    | (64 earlier lines left out; --junit keeps them all)"
+	for i in $(seq 65 100); do echo "    | line $i"; done
+	echo "    | the end"
+	echo "    | stack traceback:"
+	echo "0 passed, 1 failed"
+} > "$work/chatty.expected"
+sed -E 's/\([0-9]+\.[0-9]+ s\)/(T s)/' "$work/out" | grep -v '^    | 	' > "$work/chatty.lines"
+diff "$work/chatty.expected" "$work/chatty.lines" > /dev/null || fail "the output was not cut to its last lines: $(diff "$work/chatty.expected" "$work/chatty.lines")"
+[ "$(grep -c '^line ' "$work/chatty.xml")" -eq 99 ] && grep -q '<system-out>line 1$' "$work/chatty.xml" || fail "the JUnit file lost output: $(head -5 "$work/chatty.xml")"
+
 # The sessions run in cvai run's sandbox unless --no-sandbox, and under the memory limit given.
 mkdir -p "$work/guarded"
 echo 'os.execute("true")' > "$work/guarded/shell_test.lua"

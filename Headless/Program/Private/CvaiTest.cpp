@@ -47,9 +47,9 @@ namespace UE::Headless::Cvai
 			"\n"
 			"A script fails on a Lua error, a failed expectation, a timeout or a crash. Output: one line per script, in the\n"
 			"order of the PATHs and of the paths under each, \"PASS path (0.21 s)\", \"SKIP path (reason)\" or\n"
-			"\"FAIL path (0.21 s)\" followed by why and what the script's sessions printed; then \"N passed, N failed\" and\n"
-			"\", N skipped\" when any was. --filter keeps the scripts whose path holds PATTERN; a PATTERN with *, ? or [ is a\n"
-			"glob that must match the whole path, '*' crossing '/' too.\n";
+			"\"FAIL path (0.21 s)\" followed by why and the last 40 lines the script's sessions printed (--junit keeps them all);\n"
+			"then \"N passed, N failed\" and \", N skipped\" when any was. --filter keeps the scripts whose path holds PATTERN;\n"
+			"a PATTERN with *, ? or [ is a glob that must match the whole path, '*' crossing '/' too.\n";
 
 		constexpr const char* ExitStatus = "Exit status: 0 when no script failed, 1 when one did or when no script was found, 2 for a usage error, 3 when\n"
 			"another cvai process kept the --project folder past --lock-timeout, 130 when interrupted.\n";

@@ -2,6 +2,7 @@
 
 #include <cstdio>
 #include <sstream>
+#include <vector>
 
 namespace UE::Headless::Cvai
 {
@@ -34,6 +35,31 @@ namespace UE::Headless::Cvai
 				Indented += Prefix + Line + "\n";
 			}
 			return Indented;
+		}
+
+		// What the result lines show of a failed script's output: its last lines, since they hold the failure. The
+		// JUnit file keeps the whole of it.
+		constexpr size_t ShownOutputLines = 40;
+
+		std::string LastLines(const std::string& Text)
+		{
+			std::vector<std::string> Lines;
+			std::istringstream Stream(Text);
+			for (std::string Line; std::getline(Stream, Line);)
+			{
+				Lines.push_back(std::move(Line));
+			}
+			if (Lines.size() <= ShownOutputLines)
+			{
+				return Text;
+			}
+			const size_t Earlier = Lines.size() - ShownOutputLines;
+			std::string Shown = "(" + std::to_string(Earlier) + " earlier lines left out; --junit keeps them all)\n";
+			for (size_t Index = Earlier; Index < Lines.size(); ++Index)
+			{
+				Shown += Lines[Index] + "\n";
+			}
+			return Shown;
 		}
 
 		// Text as XML character data or an attribute value; the control characters that XML 1.0 cannot hold
@@ -84,7 +110,7 @@ namespace UE::Headless::Cvai
 		std::string Text = "FAIL " + Result.Path + " (" + FormatSeconds(Result.Seconds) + " s)\n" + Indent(Result.Message, "    ");
 		if (!Result.Output.empty())
 		{
-			Text += "    output:\n" + Indent(Result.Output, "    | ");
+			Text += "    output:\n" + Indent(LastLines(Result.Output), "    | ");
 		}
 		return Text;
 	}
@@ -119,7 +145,7 @@ namespace UE::Headless::Cvai
 		std::string Text = "not ok " + Test + "\n  ---\n  message: |\n" + Indent(Result.Message, "    ");
 		if (!Result.Output.empty())
 		{
-			Text += "  output: |\n" + Indent(Result.Output, "    ");
+			Text += "  output: |\n" + Indent(LastLines(Result.Output), "    ");
 		}
 		return Text + "  ...\n";
 	}
