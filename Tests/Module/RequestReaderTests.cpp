@@ -333,6 +333,12 @@ TEST_F(RequestReaderTest, TheSmallReadersOnTheirOwn)
 	EXPECT_EQ(Values[0], 3.0);
 	EXPECT_EQ(Values[1], -2.0);
 	EXPECT_EQ(Values[2], 9007199254740992.0);
+	// A refused field leaves the stack as found, as a read one does.
+	const int Top = lua_gettop(L);
+	Push("{ x = 'three' }");
+	EXPECT_FALSE(ReadNumberFields(sol::stack_object(L, -1), Keys, 3, Values, Defaults, Root, Error));
+	EXPECT_EQ(lua_gettop(L), Top + 1);
+	lua_pop(L, 1);
 	bool bValue = true;
 	EXPECT_TRUE(ReadOptionalBool(sol::stack_object(L, -1), "missing", bValue, Error));
 	EXPECT_TRUE(bValue) << "nil keeps the caller's default";
