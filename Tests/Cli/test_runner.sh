@@ -103,6 +103,8 @@ ok 2 - $suite/skip_test.lua # SKIP no renderer here
 
 # A script named on its own runs whatever its name; a path that is neither is a usage error.
 expect_status 0 "$cvai" test "$suite/pass_test.lua" "$suite/pass_test.lua"
+# The sessions get the limit as it was written, whatever its size.
+expect_status 0 "$cvai" test "$suite/pass_test.lua" --timeout 100000000
 expect_file "$work/out" "PASS $suite/pass_test.lua ($(grep -o '[0-9.]* s' "$work/out"))
 1 passed, 0 failed"
 refused "no script or folder '$work/missing'" test "$work/missing"

@@ -157,7 +157,8 @@ namespace UE::Headless::Cvai
 			}
 
 			FTestSettings Settings;
-			Settings.TimeoutSeconds = std::stod(CommandLine.Get(SessionTimeoutOption.Name, "60"));
+			Settings.Timeout = CommandLine.Get(SessionTimeoutOption.Name, Settings.Timeout);
+			Settings.TimeoutSeconds = std::stod(Settings.Timeout);
 			Settings.MaxMemoryMegabytes = CommandLine.Get(MaxMemoryOption.Name, "");
 			Settings.bSandbox = !CommandLine.Has(NoSandboxOption.Name);
 			Settings.Program = fs::read_symlink("/proc/self/exe").string();

@@ -27,13 +27,6 @@ namespace UE::Headless::Cvai
 		// stopped between two instructions 2 s after the limit) before it ends the session itself.
 		constexpr double GraceSeconds = 5;
 
-		std::string FormatSeconds(double Seconds)
-		{
-			std::ostringstream Text;
-			Text << Seconds;
-			return Text.str();
-		}
-
 		std::string ReadAll(const std::string& Path)
 		{
 			std::ifstream File(Path, std::ios::binary);
@@ -68,7 +61,7 @@ namespace UE::Headless::Cvai
 			FArguments Arguments{ "run", Script, "--project", Project, TestReportOption.Name, Report };
 			if (Settings.TimeoutSeconds > 0)
 			{
-				Arguments.insert(Arguments.end(), { TimeoutOption.Name, FormatSeconds(Settings.TimeoutSeconds) });
+				Arguments.insert(Arguments.end(), { TimeoutOption.Name, Settings.Timeout });
 			}
 			if (!Settings.MaxMemoryMegabytes.empty())
 			{
@@ -81,13 +74,13 @@ namespace UE::Headless::Cvai
 			return Arguments;
 		}
 
-		std::string DescribeTimeout(double TimeoutSeconds)
+		std::string DescribeTimeout(const std::string& Timeout)
 		{
-			return "timeout: still running after " + FormatSeconds(TimeoutSeconds) + " s";
+			return "timeout: still running after " + Timeout + " s";
 		}
 
 		// Why a session that ended with this wait status failed; empty when it passed or was skipped.
-		std::string DescribeSessionFailure(int WaitStatus, double TimeoutSeconds, const std::string& ReportedError)
+		std::string DescribeSessionFailure(int WaitStatus, const std::string& Timeout, const std::string& ReportedError)
 		{
 			if (WIFSIGNALED(WaitStatus))
 			{
@@ -104,7 +97,7 @@ namespace UE::Headless::Cvai
 			case ExitFailure:
 				return ReportedError.empty() ? "failed" : ReportedError;
 			case ExitTimeout:
-				return DescribeTimeout(TimeoutSeconds);
+				return DescribeTimeout(Timeout);
 			case ExitMemoryLimit:
 				return ReportedError.empty() ? "over the memory limit" : ReportedError;
 			default:
@@ -208,7 +201,7 @@ namespace UE::Headless::Cvai
 	bool FTestRun::TakeSessionEnd(int WaitStatus, bool bTimedOut)
 	{
 		const std::optional<FTestReport> Report = ReadTestReport(Folder + "/report");
-		std::string Failure = bTimedOut ? DescribeTimeout(Settings.TimeoutSeconds) : DescribeSessionFailure(WaitStatus, Settings.TimeoutSeconds, Report ? Report->Message : "");
+		std::string Failure = bTimedOut ? DescribeTimeout(Settings.Timeout) : DescribeSessionFailure(WaitStatus, Settings.Timeout, Report ? Report->Message : "");
 		const bool bExited = !bTimedOut && WIFEXITED(WaitStatus);
 		if (Failure.empty() && bExited && WEXITSTATUS(WaitStatus) == ExitSkipped && Report && Report->Outcome == "skip")
 		{

@@ -20,8 +20,9 @@ namespace UE::Headless::Cvai
 		std::string Program;
 		// Canonical, without a trailing slash: its last name names the copies.
 		std::string TemplateProject;
-		// Per session; 0 for no limit.
+		// Per session; 0 for no limit. The limits as they were given are what each session's own guards get.
 		double TimeoutSeconds = 60;
+		std::string Timeout = "60";
 		std::string MaxMemoryMegabytes;
 		bool bSandbox = true;
 	};
